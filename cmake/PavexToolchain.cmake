@@ -36,3 +36,6 @@ function(pavex_library name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE pavex_options)
 endfunction()
+
+# Programs and tests land together; the release script copies the programs to bin/ of the tree.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)

@@ -12,8 +12,7 @@ public:
   QColor(int r, int g, int b, int a = 255) :
       rgba(static_cast<uint32_t>(r & 255) << 24 | static_cast<uint32_t>(g & 255) << 16 |
            static_cast<uint32_t>(b & 255) << 8 | static_cast<uint32_t>(a & 255))
-  {
-  }
+  {}
   const char* GetClassName() const override { return "QColor"; }
   int GetR() const { return static_cast<int>(rgba >> 24); }
   int GetG() const { return static_cast<int>(rgba >> 16 & 255); }

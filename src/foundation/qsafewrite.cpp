@@ -42,8 +42,7 @@ bool TakeOverAttributes(int fd, const std::string& target)
     umask(mask);
     return fchmod(fd, 0666 & ~mask) == 0;
   }
-  if ((old.st_uid != geteuid() || old.st_gid != getegid()) && fchown(fd, old.st_uid, old.st_gid) != 0 &&
-      errno != EPERM)
+  if ((old.st_uid != geteuid() || old.st_gid != getegid()) && fchown(fd, old.st_uid, old.st_gid) != 0 && errno != EPERM)
     return false;
   return fchmod(fd, old.st_mode & 07777) == 0;
 }

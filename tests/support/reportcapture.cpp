@@ -17,9 +17,8 @@ ReportCapture::~ReportCapture()
 
 int ReportCapture::Count(std::string_view text) const
 {
-  return static_cast<int>(std::count_if(entries.begin(), entries.end(), [&](const Entry& e) {
-    return e.text.find(text) != std::string::npos;
-  }));
+  return static_cast<int>(std::count_if(entries.begin(), entries.end(),
+                                        [&](const Entry& e) { return e.text.find(text) != std::string::npos; }));
 }
 
 int ReportCapture::Problems() const
