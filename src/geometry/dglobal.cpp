@@ -1,0 +1,12 @@
+#include "geometry/dglobal.h"
+
+DGlobal& DGlobals()
+{
+  static DGlobal global;
+  return global;
+}
+
+void DResetGlobals()
+{
+  DGlobals() = DGlobal();
+}

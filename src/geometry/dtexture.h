@@ -1,0 +1,93 @@
+#pragma once
+
+#include "foundation/qobject.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class QBitMap;
+
+// A texture of OpenGL, made when it is first selected. Without a context it is a name and a few numbers.
+class DTexture : public QObject
+{
+public:
+  enum Flag : uint32_t
+  {
+    HAS_TRANSPARENCY = 0x01,
+    MIPMAP = 0x02,
+    COMPRESSION = 0x08,
+    PBO = 0x10,
+    MARKED = 0x20
+  };
+
+  DTexture();
+  ~DTexture() override;
+  DTexture(const DTexture&) = delete;
+  DTexture& operator=(const DTexture&) = delete;
+  const char* GetClassName() const override { return "DTexture"; }
+  virtual const char* GetTypeName() const { return "texture2D"; }
+
+  // Binds it to the current unit, through the pipe. Reports and does nothing without a context.
+  void Select();
+  void SetSize(int w, int h); // once
+  void CreateTexture();
+  void SetWrap(uint32_t s, uint32_t t, uint32_t r, uint32_t q);
+  void SetMinFilter(uint32_t filter);
+  void SetMagFilter(uint32_t filter);
+  void SetLodRange(float min, float max, float bias);
+  void SetLevels(int base, int max);
+  void EnableMipmap(bool on);
+  void EnableCompression() { flags |= COMPRESSION; }
+  void DisableCompression() { flags &= ~static_cast<uint32_t>(COMPRESSION); }
+  bool HasTransparency() const { return flags & HAS_TRANSPARENCY; }
+
+  uint32_t flags = MIPMAP;
+  uint32_t glTexture = 0;
+  int width = 0;
+  int height = 0;
+  int bytesPerPixel = 0;
+  uint32_t target = 0x0DE1;         // GL_TEXTURE_2D
+  uint32_t internalFormat = 0x1908; // GL_RGBA
+  uint32_t minFilter = 0x2703;      // GL_LINEAR_MIPMAP_LINEAR
+  uint32_t magFilter = 0x2601;      // GL_LINEAR
+  uint32_t wrapS = 0x2901;          // GL_REPEAT
+  uint32_t wrapT = 0x2901;
+  uint32_t wrapR = 0x2901;
+  uint32_t wrapQ = 0x2901;
+  float minLod = 0;
+  float maxLod = 1000.0f;
+  float lodBias = 0;
+  int baseLevel = 0;
+  int maxLevel = 1000;
+
+protected:
+  virtual void Upload() {} // with the texture bound
+  void ApplyState() const;
+};
+
+// A texture of a picture. It keeps the picture until it went to OpenGL, and none without a context.
+class DBitMapTexture : public DTexture
+{
+public:
+  DBitMapTexture();
+  explicit DBitMapTexture(std::unique_ptr<QBitMap> bitmap);
+  ~DBitMapTexture() override;
+  const char* GetClassName() const override { return "DBitMapTexture"; }
+  const char* GetTypeName() const override { return "bitmapTexture"; }
+  void FromBitMap(std::unique_ptr<QBitMap> bitmap);
+
+protected:
+  void Upload() override;
+
+private:
+  std::unique_ptr<QBitMap> pending;
+};
+
+// The picture of a file, looked for in the global map path. textures off gives a plain stub; a file that can't be
+// loaded gives a red and blue one, reported unless silent, and found false. Never null.
+std::unique_ptr<QBitMap> d3LoadTextureMap(const std::string& fileName, bool* found = nullptr, bool silent = false);
+// 0: 2 x 2 chequered red and blue; 1: 1 x 1 in the next of eight colours. Never null.
+std::unique_ptr<QBitMap> d3MakeStubImage(int type);
+// The file of a picture's name in the global map path; the name itself when there is none.
+std::string d3FindMap(const std::string& fileName);
