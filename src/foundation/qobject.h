@@ -15,10 +15,10 @@ public:
   virtual ~QObject() = default;
 
   // Null when no name was set.
-  const char* GetName() const { return named ? name.c_str() : nullptr; }
+  const char* GetName() const { return named ? objectName.c_str() : nullptr; }
   void SetName(const char* newName); // null stores "<null-named>"
 
 private:
   bool named = false;
-  std::string name;
+  std::string objectName;
 };

@@ -49,10 +49,11 @@ std::string Format(const char* format, ...)
 
 const char* SeverityName(unsigned flags)
 {
-  static constexpr struct {
+  static constexpr struct
+  {
     unsigned bit;
     const char* name;
-  } names[] = {{QLOG_ERR, "ERR"},   {QLOG_WARN, "WARN"}, {QLOG_CRIT, "CRIT"},   {QLOG_NOTE, "NOTE"},
+  } names[] = {{QLOG_ERR, "ERR"},   {QLOG_WARN, "WARN"},   {QLOG_CRIT, "CRIT"},   {QLOG_NOTE, "NOTE"},
                {QLOG_INFO, "INFO"}, {QLOG_FATAL, "FATAL"}, {QLOG_PROBLEM, "INFO"}};
   for (const auto& n : names)
     if (flags & n.bit)

@@ -47,7 +47,8 @@ constexpr std::string_view QFunctionName(std::string_view signature)
 #define QERR(...) qerr(QFileNameOf(__FILE__), QFunctionName(__PRETTY_FUNCTION__), __LINE__, __VA_ARGS__)
 
 // Flags of a log entry. The first severity bit that is set, in this order, names the entry.
-enum QLogFlag : unsigned {
+enum QLogFlag : unsigned
+{
   QLOG_ERR = 0x001,
   QLOG_WARN = 0x002,
   QLOG_CRIT = 0x004,
@@ -66,12 +67,12 @@ enum QLogFlag : unsigned {
 // What the reports need of the program around them. Owned by the process, one instance.
 struct QReportSettings
 {
-  unsigned mask = 0x0E;         // classes that reach the log file: 1 info, 2 errors, 4 warnings, 8 notes
-  std::string logDirectory;     // where QLOG.txt is kept; empty: no log file (tests, tools)
-  std::string applicationName;  // "-" stands in the log while this is empty
-  bool quiet = false;           // the console gets warnings and worse only
-  int exitStatus = 0;           // of qexit
-  bool fatalExits = false;      // qfatal leaves with exitStatus instead of a fault (command-line tool)
+  unsigned mask = 0x0E;        // classes that reach the log file: 1 info, 2 errors, 4 warnings, 8 notes
+  std::string logDirectory;    // where QLOG.txt is kept; empty: no log file (tests, tools)
+  std::string applicationName; // "-" stands in the log while this is empty
+  bool quiet = false;          // the console gets warnings and worse only
+  int exitStatus = 0;          // of qexit
+  bool fatalExits = false;     // qfatal leaves with exitStatus instead of a fault (command-line tool)
   std::function<void(std::string_view title, std::string_view text)> messageBox; // none: the console has it
   std::function<void(int status)> exitPath; // the application's orderly exit; none: the process ends
   // The platform's plain OK/Cancel box. Without one the answer is Cancel, said on the console.

@@ -5,11 +5,15 @@
 #include <string_view>
 
 // The owning string of the system: single-byte text in all practice. A wide form exists that nearly all operations
-// refuse with a report; it reads as "<unicodestr-nyi>".
+// refuse with a report and the neutral answer (false, -1, no change); it reads as "<unicodestr-nyi>".
+// Letters are those of ASCII, whatever locale the process has set.
 class qstring
 {
 public:
-  enum Flag : uint32_t { UNICODE = 0x01 };
+  enum Flag : uint32_t
+  {
+    UNICODE = 0x01
+  };
 
   qstring() = default;
   explicit qstring(int sizeHint); // the hint is ignored: nothing is allocated
@@ -31,11 +35,12 @@ public:
 
   qstring& operator+=(const char* text);
   qstring& operator+=(const qstring& text);
+  qstring& operator+=(const std::string& text) { return *this += std::string_view(text); }
   qstring& operator+=(std::string_view text);
   qstring& operator+=(char c);
-  qstring& operator+=(int value);    // "%d"
-  qstring& operator+=(float value);  // "%f"
-  qstring& operator+=(double value); // "%f"
+  qstring& operator+=(int value);     // "%d"
+  qstring& operator+=(float value);   // "%f"
+  qstring& operator+=(double value);  // "%f"
   qstring& operator+=(const void* p); // "%p"
 
   friend qstring operator+(qstring a, std::string_view b) { return a += b; }
@@ -43,6 +48,7 @@ public:
   {
     return a.flags == b.flags && (a.flags & UNICODE ? a.ws == b.ws : a.s == b.s);
   }
+  friend bool operator==(const qstring& a, const std::string& b) { return a.View() == b; }
   friend bool operator==(const qstring& a, std::string_view b) { return a.View() == b; }
   friend bool operator==(const qstring& a, const char* b) { return a.View() == (b ? b : ""); }
   friend bool operator==(const qstring& a, const char16_t* b);
@@ -52,14 +58,15 @@ public:
   friend bool operator<=(const qstring& a, const qstring& b) { return a.CompareLower(b) <= 0; }
   friend bool operator>=(const qstring& a, const qstring& b) { return a.CompareLower(b) >= 0; }
 
-  // 0 to the length inclusive; out of range is reported and gives the terminator.
+  // 0 to the length inclusive; out of range is reported and gives the terminator. What is written to the terminator
+  // is dropped.
   char& operator[](int index);
   char operator[](int index) const;
 
   int Length() const; // characters
   bool IsEmpty() const { return Length() == 0; }
   void Empty();
-  void Resize(int n); // grows only; new bytes are zero
+  void Resize(int n);     // makes room for n characters, never less than there is; the text stays as it is
   int Find(char c) const; // index or -1, as the next two
   int Find(const char* text) const;
   int FindLast(char c) const;
@@ -84,16 +91,17 @@ public:
   void CutLeadingSpaces();
   void CutTrailingSpaces();
   void CutTrailingLF();
-  void CutUnderscoredNumber(); // "road_12" gives "road"
+  bool CutUnderscoredNumber(); // "road_12" gives "road"; false without "_" and digits at the end
   void Chop();
   void ConvertEnv(); // "%NAME%" becomes the environment variable's value, "" when unknown
-  // False with an empty string when the file is absent or empty.
+  // False with an empty string when the file is absent (reported) or empty.
   bool FromFile(const char* path);
+  // The text without a terminator. False when it can't be written (reported); an old file stands then.
   [[nodiscard]] bool ToFile(const char* path) const;
   bool IsNumber() const;
   bool IsFloat() const;
   bool IsFileName() const;
-  void MakeID();
+  void MakeID(); // "Lake Side-2" gives "LAKE_SIDE2"; at most 255 characters, "_" when nothing is left
   // False with the reason when a character stands there that no number has.
   bool ValidateInt(qstring& reason) const;
   bool ValidateFloat(qstring& reason) const;
