@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/qpath.h"
 #include "geometry/dtexturepool.h"
 
 #include <cstdint>
@@ -23,6 +24,7 @@ struct DGlobal
 
   // Textures.
   DTexturePool texturePool;
+  QPath mapPath; // directories in which pictures are looked for
 
   bool poolOn = false;
   bool texturesOn = true; // off: each picture is a plain stub, and no file is opened
