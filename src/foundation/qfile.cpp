@@ -1,5 +1,6 @@
 #include "foundation/qfile.h"
 
+#include "foundation/qblock.h"
 #include "foundation/qbytes.h"
 #include "foundation/qfilename.h"
 #include "foundation/qpathcase.h"
@@ -57,32 +58,64 @@ const char* ModeText(uint32_t mode)
   return texts[n < texts.size() ? n : 0];
 }
 
+// Fills the block from the file's start; gives less when the file shrank meanwhile, -1 on an error.
+ssize_t ReadInto(int fd, void* block, size_t size)
+{
+  size_t have = 0;
+  while (have < size) {
+    const ssize_t n = read(fd, static_cast<char*>(block) + have, size - have);
+    if (n < 0 && errno == EINTR)
+      continue;
+    if (n < 0)
+      return -1;
+    if (n == 0)
+      break;
+    have += static_cast<size_t>(n);
+  }
+  return static_cast<ssize_t>(have);
+}
+
+template <typename Content>
+void* Room(Content& content, size_t size)
+{
+  content.resize(size);
+  return content.data();
+}
+
+void* Room(QBlock& content, size_t size)
+{
+  if (!content.Alloc(size))
+    throw std::bad_alloc();
+  return content.Data();
+}
+
+template <typename Content>
+void Shrink(Content& content, size_t size)
+{
+  content.resize(size);
+}
+
+void Shrink(QBlock& content, size_t size)
+{
+  content.Shrink(size);
+}
+
 template <typename Content>
 bool ReadAll(int fd, Content& content)
 {
   struct stat info;
   if (fstat(fd, &info) != 0)
     return false;
-  content.resize(static_cast<size_t>(info.st_size));
-  size_t have = 0;
-  while (have < content.size()) {
-    const ssize_t n = read(fd, content.data() + have, content.size() - have);
-    if (n < 0 && errno == EINTR)
-      continue;
-    if (n < 0)
-      return false;
-    if (n == 0)
-      break; // the file shrank meanwhile
-    have += static_cast<size_t>(n);
-  }
-  content.resize(have);
-  return true;
+  const auto size = static_cast<size_t>(info.st_size);
+  const ssize_t have = ReadInto(fd, Room(content, size), size);
+  Shrink(content, have > 0 ? static_cast<size_t>(have) : 0);
+  return have >= 0;
 }
 
 template <typename Content>
 bool ReadWhole(const std::string& path, Content& content)
 {
-  content.clear();
+  content = Content();
   const int fd = OpenRegular(QFindPath(path), O_RDONLY);
   if (fd < 0)
     return false;
@@ -91,11 +124,11 @@ bool ReadWhole(const std::string& path, Content& content)
   try {
     good = ReadAll(fd, content);
     reason = errno;
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) { // no memory of that size
   }
   close(fd);
   if (!good) {
-    content.clear();
+    content = Content();
     errno = reason;
   }
   return good;
@@ -146,6 +179,11 @@ bool QReadFile(const std::string& path, std::string& content, bool archives)
   const bool good = QReadFile(path, bytes, archives);
   content.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   return good;
+}
+
+bool QReadFile(const std::string& path, QBlock& content)
+{
+  return ReadWhole(path, content);
 }
 
 QFile::QFile(std::string_view path, uint32_t fileMode) : mode(fileMode)
