@@ -1,9 +1,9 @@
 #pragma once
 
-#include "foundation/qblock.h"
 #include "foundation/qcolor.h"
 #include "foundation/qdrawable.h"
 #include "foundation/qrect.h"
+#include "foundation/qzeroblock.h"
 
 #include <cstdint>
 #include <string>
@@ -65,5 +65,5 @@ private:
   int hgt = 0;
   uint8_t* mem = nullptr; // into own, or someone else's
   int memSize = 0;
-  QBlock own;
+  QZeroBlock own;
 };

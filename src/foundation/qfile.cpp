@@ -1,10 +1,10 @@
 #include "foundation/qfile.h"
 
-#include "foundation/qblock.h"
 #include "foundation/qbytes.h"
 #include "foundation/qfilename.h"
 #include "foundation/qpathcase.h"
 #include "foundation/qreport.h"
+#include "foundation/qzeroblock.h"
 
 #include <algorithm>
 #include <array>
@@ -82,7 +82,7 @@ void* Room(Content& content, size_t size)
   return content.data();
 }
 
-void* Room(QBlock& content, size_t size)
+void* Room(QZeroBlock& content, size_t size)
 {
   if (!content.Alloc(size))
     throw std::bad_alloc();
@@ -95,7 +95,7 @@ void Shrink(Content& content, size_t size)
   content.resize(size);
 }
 
-void Shrink(QBlock& content, size_t size)
+void Shrink(QZeroBlock& content, size_t size)
 {
   content.Shrink(size);
 }
@@ -181,7 +181,7 @@ bool QReadFile(const std::string& path, std::string& content, bool archives)
   return good;
 }
 
-bool QReadFile(const std::string& path, QBlock& content)
+bool QReadFile(const std::string& path, QZeroBlock& content)
 {
   return ReadWhole(path, content);
 }

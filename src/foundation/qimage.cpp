@@ -82,7 +82,7 @@ bool QImage::ReadTGA(const std::string& fileName)
   const QFileServices& services = QFileHooks();
   if (services.archiveHas && services.archiveRead && services.archiveHas(fileName))
     return services.archiveRead(fileName, member) && QReadTGA(member, *this, fileName.c_str());
-  QBlock file;
+  QZeroBlock file;
   if (QReadFile(fileName, file))
     return QReadTGA(file.Bytes(), *this, fileName.c_str());
   if (errno == ENOMEM)

@@ -1,4 +1,4 @@
-#include "foundation/qblock.h"
+#include "foundation/qzeroblock.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -36,7 +36,7 @@ std::byte* MapBig(size_t size)
 
 } // namespace
 
-bool QBlock::Alloc(size_t bytes)
+bool QZeroBlock::Alloc(size_t bytes)
 {
   Free();
   if (bytes > SIZE_MAX / 2)
@@ -46,7 +46,7 @@ bool QBlock::Alloc(size_t bytes)
   return data != nullptr;
 }
 
-void QBlock::Free()
+void QZeroBlock::Free()
 {
   if (IsBig(allocated))
     munmap(data, MappedSize(allocated));
@@ -56,7 +56,7 @@ void QBlock::Free()
   size = allocated = 0;
 }
 
-void QBlock::Shrink(size_t bytes)
+void QZeroBlock::Shrink(size_t bytes)
 {
   size = bytes < size ? bytes : size;
 }

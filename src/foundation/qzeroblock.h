@@ -7,13 +7,13 @@
 
 // One block of zeroed memory, for pictures and whole files. Big ones lie on pages of 2 MB: the first touch of small
 // pages takes longer than reading the file that goes there.
-class QBlock
+class QZeroBlock
 {
 public:
-  QBlock() = default;
-  ~QBlock() { Free(); }
-  QBlock(QBlock&& other) noexcept { *this = std::move(other); }
-  QBlock& operator=(QBlock&& other) noexcept
+  QZeroBlock() = default;
+  ~QZeroBlock() { Free(); }
+  QZeroBlock(QZeroBlock&& other) noexcept { *this = std::move(other); }
+  QZeroBlock& operator=(QZeroBlock&& other) noexcept
   {
     std::swap(data, other.data);
     std::swap(size, other.size);
@@ -35,4 +35,4 @@ private:
 };
 
 // A whole regular file, as QReadFile.
-[[nodiscard]] bool QReadFile(const std::string& path, QBlock& content);
+[[nodiscard]] bool QReadFile(const std::string& path, QZeroBlock& content);
