@@ -153,7 +153,6 @@ bool QInfo::Reload()
   return Read();
 }
 
-// Asks when the file isn't the one that was read or written last.
 bool QInfo::KeepsOtherFile(const std::string& path) const
 {
   const int64_t time = FileTime(path);

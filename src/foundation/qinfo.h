@@ -46,6 +46,8 @@ public:
   std::string WriteToText() const;
   // Takes the place of Read for a tree that doesn't come from a file; fileName stands in messages only.
   void ReadFromText(std::string_view text);
+  // Asks when the file isn't the one that was read or written last. True: the user keeps it.
+  bool KeepsOtherFile(const std::string& path) const;
   // For a caller that wrote the text of WriteToText itself: the tree is taken as unmodified, the file's time noted.
   void MarkWritten();
   bool IsRead() const { return flags & FILE_READ; }
@@ -89,7 +91,6 @@ private:
   bool Lookup(std::string_view path, std::string_view& value) const;
   void SetModified(bool on) { flags = on ? flags | MODIFIED : flags & ~uint32_t{MODIFIED}; }
   void ReportUnreadFile(int error) const;
-  bool KeepsOtherFile(const std::string& path) const;
 
   std::string fileName;
   uint32_t flags;

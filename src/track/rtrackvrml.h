@@ -1,0 +1,35 @@
+#pragma once
+
+#include "track/rtrack.h"
+#include "track/rtracknode.h"
+
+class QInfo;
+
+// A track with its scenery: nodes, each one a model file with flags, as "geometry.ini" lists them.
+class RTrackVRML : public RTrack
+{
+public:
+  static constexpr int MAX_NODES = 10000;
+  explicit RTrackVRML(const RTrackHost& newHost = {});
+  ~RTrackVRML() override;
+
+  DTable<std::unique_ptr<RTrackNode>, MAX_NODES> nodes;
+
+  // False without "track.ini". What else can't be loaded is reported and left out.
+  bool Load() override;
+  // All four files of the track as one set: false (reported) with all of them as they were.
+  bool Save() override;
+  bool CollisionOBB() override;
+  // Time lines, trigger lines, pit lines, grid and pit positions as fences of one metre's height.
+  void PaintLines(DOverlay& overlay) const override;
+
+  bool AddNode(std::unique_ptr<RTrackNode> node);           // false when there are too many (reported)
+  bool RemoveNode(int i);                                   // false out of range
+  RTrackNode* FindNode(const std::string& geodeName) const; // of the first model of this very name, or null
+  // Hides what the time of day or the author hides.
+  void ApplyVisibility();
+
+  void PaintCameras(DOverlay& overlay) const;
+  void PaintAudio(DOverlay& overlay) const;
+  void PaintWayPoints(DOverlay& overlay) const;
+};
