@@ -13,7 +13,7 @@
 
 class DGeode;
 class DMaterial;
-class QByteReader;
+class DofReader;
 class QByteWriter;
 
 // A run of triangles of one material. start and count are three times the index position and the number of indices:
@@ -109,9 +109,9 @@ public:
   void Paint();
   void PaintOptimized(int burst); // arrays and one draw; no material
 
-  // The body of a model file's chunk; see dof.h.
-  bool ImportDOF(QByteReader& in);
-  bool ExportDOF(QByteWriter& out) const;
+  // A GOB1 chunk of a model file. False for the former format, which ends the model's load.
+  bool ImportDOF(DofReader& in);
+  void ExportDOF(QByteWriter& out) const;
 
   // OpenGL names, 0 when absent.
   uint32_t vertexBuffer = 0;
@@ -125,6 +125,14 @@ private:
   const char* GeodeName() const;
   void SetArrays() const;
   void DrawBurst(int i) const;
+  bool UploadArrays();
+  void PaintLayer(int i, int layer, DMaterial& m) const;
+  void ImportIndices(DofReader& in);
+  void ImportVertices(DofReader& in);
+  void ImportBaseVertices(DofReader& in);
+  void ImportParallel(DofReader& in, DArray<DVector3>& array, const char* what);
+  void ImportTexCoords(DofReader& in, int channel);
+  void ImportBursts(DofReader& in);
 
   DBox bbox;
 };

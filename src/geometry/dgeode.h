@@ -6,6 +6,7 @@
 #include "geometry/dobject.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
@@ -72,8 +73,14 @@ public:
   // The same from bytes; name and messages stay with this model's name.
   bool ImportDOF(std::span<const std::byte> bytes);
   std::vector<std::byte> ExportDOFBytes() const;
+  bool NeedsTangents() const; // a material's shader asks for them
   // Replaces the file. False when it couldn't be written (reported).
   [[nodiscard]] bool ExportDOF(const std::string& path) const;
+
+private:
+  bool ImportChunks(DofReader& in);
+  void ImportMaterials(DofReader& in);
+  bool ImportGeobs(DofReader& in);
 };
 
 // Loads a model and, when wanted, its coarser levels "NAME_lod1.dof" to "_lod9.dof" as far as they exist. distances

@@ -29,7 +29,8 @@ struct DGlobal
   bool poolOn = false;
   bool texturesOn = true; // off: each picture is a plain stub, and no file is opened
   bool ddsOn = false;
-  bool linear = true; // off while a layer of mode "srgb" loads
+  bool srgbTextures = false; // the renderer converts back what pictures of mode "srgb" are read as
+  bool linear = true;        // off while a layer of mode "srgb" loads
   int maxTextureWidth = 16384;
   int maxTextureHeight = 16384;
   int textureDivider = 1;
@@ -49,6 +50,7 @@ struct DGlobal
   DShader* defaultShader = nullptr; // what a material without a shader gets; null: none
 
   float lodFactor = 1.0f;
+  bool alphaWarned = false;      // of colours that a file made invisible: said once a run
   bool centeredVertices = false; // buffer objects hold vertices around the middle of their box
 
   // Hooks; each may be empty.

@@ -22,14 +22,17 @@ bool IntersectRaySphere(const DVector3& origin, const DVector3& direction, const
   return true;
 }
 
-bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
-                          const DVector3& c, float& t)
+namespace {
+
+// A determinant closer to 0 than epsilon is a ray along the triangle's plane.
+bool MeetTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
+                  const DVector3& c, float epsilon, float& t)
 {
   const DVector3 e1 = b - a;
   const DVector3 e2 = c - a;
   const DVector3 p = glm::cross(direction, e2);
   const float det = glm::dot(e1, p);
-  if (det > -0.00001f && det < 0.00001f)
+  if (det > -epsilon && det < epsilon)
     return false;
   const DVector3 s = origin - a;
   const float u = glm::dot(s, p) / det;
@@ -41,6 +44,20 @@ bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, con
     return false;
   t = glm::dot(e2, q) / det;
   return true;
+}
+
+} // namespace
+
+bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
+                          const DVector3& c, float& t)
+{
+  return MeetTriangle(origin, direction, a, b, c, 0.00001f, t);
+}
+
+bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
+                 const DVector3& c, float& t, float maxT)
+{
+  return MeetTriangle(from, direction, a, b, c, 1e-7f, t) && t >= 0 && t < maxT;
 }
 
 const DVector3& GeodeHit::NearestCorner() const

@@ -12,6 +12,10 @@ bool IntersectRaySphere(const DVector3& origin, const DVector3& direction, const
 bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
                           const DVector3& c, float& t);
 
+// The same by a finer test of parallels, and only from the origin on: 0 <= t < maxT.
+bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
+                 const DVector3& c, float& t, float maxT);
+
 struct GeodeHit
 {
   const DGeob* geob = nullptr;

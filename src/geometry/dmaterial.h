@@ -12,7 +12,7 @@
 class DGeode;
 class DShader;
 class DTexture;
-class QByteReader;
+class DofReader;
 class QByteWriter;
 
 struct DMaterialLayer
@@ -96,6 +96,16 @@ public:
   void FinishPaint(int layerIndex);
   // The material as an entry of a shader file.
   std::string ShaderEntry() const;
+
+  // A MAT0 chunk of a model file; one that ends early gives what was read. owner finds textures and may be null.
+  void ImportDOF(DofReader& in, const DGeode* owner, int depth = 0);
+  void ExportDOF(QByteWriter& out) const;
+
+private:
+  void ImportColors(DofReader& in);
+  void ImportTextures(DofReader& in, const DGeode* owner);
+  void ImportSubMaterials(DofReader& in, const DGeode* owner, int depth);
+  void FindShader(const std::string& fileName);
 };
 
 // What a material name and a shader name meet on: letters and digits lower-cased, blank and _ as _, the rest dropped,

@@ -1,0 +1,263 @@
+#include "geometry/dtexture.h"
+
+#include "foundation/qbitmap.h"
+#include "foundation/qfilename.h"
+#include "foundation/qimage.h"
+#include "foundation/qreport.h"
+#include "geometry/dgeode.h"
+#include "geometry/dglobal.h"
+#include "geometry/dmaterial.h"
+#include "geometry/dpipe.h"
+
+#include <algorithm>
+#include <epoxy/gl.h>
+
+DTexture::DTexture() = default;
+
+DTexture::~DTexture()
+{
+  if (glTexture == 0 || !DGlobals().hasContext)
+    return;
+  DThePipe().ForgetTexture(glTexture);
+  glDeleteTextures(1, &glTexture);
+}
+
+void DTexture::Select()
+{
+  if (!DGlobals().hasContext) {
+    QERR("DTexture:Select(); no OpenGL context yet");
+    return;
+  }
+  if (glTexture == 0)
+    CreateTexture();
+  else
+    DThePipe().SelectTexture(target, glTexture);
+}
+
+void DTexture::SetSize(int w, int h)
+{
+  if (width != 0 || height != 0) {
+    QERR("DTexture::SetSize() called twice for the same object (%s)", GetName() ? GetName() : "");
+    return;
+  }
+  width = w;
+  height = h;
+}
+
+void DTexture::CreateTexture()
+{
+  if (glTexture != 0) {
+    QWARN("DTexture::CreateTexture(); texture was already created (%s)", GetName() ? GetName() : "");
+    return;
+  }
+  if (!DGlobals().hasContext)
+    return;
+  glGenTextures(1, &glTexture);
+  DThePipe().SelectTexture(target, glTexture);
+  ApplyState();
+  Upload();
+}
+
+void DTexture::ApplyState() const
+{
+  if (glTexture == 0 || !DGlobals().hasContext)
+    return;
+  DThePipe().SelectTexture(target, glTexture);
+  glTexParameteri(target, GL_TEXTURE_MIN_FILTER, static_cast<GLint>(minFilter));
+  glTexParameteri(target, GL_TEXTURE_MAG_FILTER, static_cast<GLint>(magFilter));
+  glTexParameteri(target, GL_TEXTURE_WRAP_S, static_cast<GLint>(wrapS));
+  glTexParameteri(target, GL_TEXTURE_WRAP_T, static_cast<GLint>(wrapT));
+  glTexParameteri(target, GL_TEXTURE_WRAP_R, static_cast<GLint>(wrapR));
+  glTexParameterf(target, GL_TEXTURE_MIN_LOD, minLod);
+  glTexParameterf(target, GL_TEXTURE_MAX_LOD, maxLod);
+  glTexParameterf(target, GL_TEXTURE_LOD_BIAS, lodBias);
+  glTexParameteri(target, GL_TEXTURE_BASE_LEVEL, baseLevel);
+  glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, maxLevel);
+}
+
+void DTexture::SetWrap(uint32_t s, uint32_t t, uint32_t r, uint32_t q)
+{
+  wrapS = s;
+  wrapT = t;
+  wrapR = r;
+  wrapQ = q;
+  ApplyState();
+}
+
+void DTexture::SetMinFilter(uint32_t filter)
+{
+  minFilter = filter;
+  ApplyState();
+}
+
+void DTexture::SetMagFilter(uint32_t filter)
+{
+  magFilter = filter;
+  ApplyState();
+}
+
+void DTexture::SetLodRange(float min, float max, float bias)
+{
+  minLod = min;
+  maxLod = max;
+  lodBias = bias;
+  ApplyState();
+}
+
+void DTexture::SetLevels(int base, int max)
+{
+  baseLevel = base;
+  maxLevel = max;
+  ApplyState();
+}
+
+void DTexture::EnableMipmap(bool on)
+{
+  if (glTexture != 0) {
+    QWARN("DTexture:EnableMipmap() called after creation (%s)", GetName() ? GetName() : "");
+    return;
+  }
+  flags = on ? flags | MIPMAP : flags & ~static_cast<uint32_t>(MIPMAP);
+  if (!on) {
+    minFilter = GL_NEAREST;
+    magFilter = GL_LINEAR;
+  }
+}
+
+DBitMapTexture::DBitMapTexture() = default;
+
+DBitMapTexture::DBitMapTexture(std::unique_ptr<QBitMap> bitmap)
+{
+  FromBitMap(std::move(bitmap));
+}
+
+DBitMapTexture::~DBitMapTexture() = default;
+
+void DBitMapTexture::FromBitMap(std::unique_ptr<QBitMap> bitmap)
+{
+  if (!bitmap || !bitmap->GetBuffer())
+    return;
+  SetSize(bitmap->GetWidth(), bitmap->GetHeight());
+  internalFormat = !DGlobals().linear && DGlobals().srgbTextures ? GL_SRGB8_ALPHA8 : GL_RGBA;
+  bytesPerPixel = 4;
+  if (bitmap->HasTransparency())
+    flags |= HAS_TRANSPARENCY;
+  if (DGlobals().hasContext)
+    pending = std::move(bitmap);
+}
+
+void DBitMapTexture::Upload()
+{
+  if (!pending)
+    return;
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+  glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
+  glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(internalFormat), width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+               pending->GetBuffer());
+  if (flags & MIPMAP)
+    glGenerateMipmap(GL_TEXTURE_2D);
+  pending.reset();
+}
+
+namespace {
+
+// A power of two for the divided size, below the maximum.
+int ReducedSize(int size, int divider, int max)
+{
+  return std::max(1, std::min(QNearestPowerOf2(size / std::max(divider, 1)), max));
+}
+
+} // namespace
+
+std::string d3FindMap(const std::string& fileName)
+{
+  qstring full;
+  return DGlobals().mapPath.Find(fileName.c_str(), full) ? full.Str() : fileName;
+}
+
+std::unique_ptr<QBitMap> d3LoadTextureMap(const std::string& fileName, bool* found, bool silent)
+{
+  const DGlobal& global = DGlobals();
+  if (found)
+    *found = true;
+  if (!global.texturesOn)
+    return d3MakeStubImage(1);
+  const std::string path = d3FindMap(fileName);
+  if (QFileExists(path)) {
+    auto image = std::make_unique<QImage>(path);
+    if (!image->LoadFailed() && image->GetBuffer()) {
+      const int wid = image->GetWidth();
+      const int hgt = image->GetHeight();
+      if (global.textureDivider != 1 || wid > global.maxTextureWidth || hgt > global.maxTextureHeight)
+        static_cast<void>(image->Resize(ReducedSize(wid, global.textureDivider, global.maxTextureWidth),
+                                        ReducedSize(hgt, global.textureDivider, global.maxTextureHeight)));
+      return image;
+    }
+  }
+  if (!silent)
+    QWARN("d3LoadTextureMap(); can't load '%s'; creating red/blue stub image\n", fileName.c_str());
+  if (found)
+    *found = false;
+  return d3MakeStubImage(0);
+}
+
+std::unique_ptr<QBitMap> d3MakeStubImage(int type)
+{
+  if (type == 1) {
+    static const QColor cycle[] = {{0, 0, 255},   {0, 255, 0},   {0, 255, 255},   {255, 0, 0},
+                                   {255, 0, 255}, {255, 255, 0}, {255, 255, 255}, {128, 128, 128}};
+    static unsigned next = 0;
+    auto stub = std::make_unique<QBitMap>(32, 1, 1);
+    stub->SetColorAt(0, 0, cycle[next++ % std::size(cycle)]);
+    return stub;
+  }
+  if (type != 0)
+    QWARN("DMakeStubImage(%d) unknown; using type 0 instead", type);
+  auto stub = std::make_unique<QBitMap>(32, 2, 2);
+  stub->SetColorAt(0, 0, QColor(255, 0, 0));
+  stub->SetColorAt(1, 1, QColor(255, 0, 0));
+  stub->SetColorAt(0, 1, QColor(0, 0, 255));
+  stub->SetColorAt(1, 0, QColor(0, 0, 255));
+  return stub;
+}
+
+bool DMaterial::AddBitMap(const std::string& fileName, bool silent, const DGeode* geode, bool quiet)
+{
+  if (TextureCount() >= MAX_TEXTURES)
+    return false;
+  DGlobal& global = DGlobals();
+  const char* base = QFileBase(fileName.c_str());
+  if (texture.empty() && name.empty())
+    name = DMaterialNameFilter(base);
+  if (global.poolOn)
+    if (auto shared = global.texturePool.Find(fileName)) {
+      shared->SetWrap(GL_REPEAT, GL_REPEAT, GL_REPEAT, GL_REPEAT);
+      if (shared->HasTransparency())
+        SetTransparent();
+      texture.push_back(std::move(shared));
+      return true;
+    }
+  std::unique_ptr<QBitMap> bitmap;
+  if (fileName.find(".dds") != std::string::npos || fileName.find(".DDS") != std::string::npos) {
+    if (!quiet)
+      qinfo("DDS unsupported; stubbing '%s'", fileName.c_str());
+    bitmap = std::make_unique<QBitMap>(32, 1, 1);
+    bitmap->SetColorAt(0, 0, QColor(0, 255, 0));
+  } else {
+    bool found = false;
+    bitmap = d3LoadTextureMap(fileName, &found, silent);
+    if (!found && !quiet)
+      QWARN("Material '%s' of geode '%s' failed to load image '%s'", name.c_str(),
+            geode ? geode->name.c_str() : "<no_geode>", fileName.c_str());
+  }
+  auto added = std::make_shared<DBitMapTexture>(std::move(bitmap));
+  if (added->HasTransparency())
+    SetTransparent();
+  added->SetName(base);
+  added->SetWrap(GL_REPEAT, GL_REPEAT, GL_REPEAT, GL_REPEAT);
+  if (global.poolOn)
+    global.texturePool.Add(fileName, added);
+  texture.push_back(std::move(added));
+  return true;
+}
