@@ -2,8 +2,10 @@
 
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "geometry/dhermite.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -28,8 +30,13 @@ std::string FieldPath(std::string_view key, int i, const char* field)
 
 } // namespace
 
+// One for each stored field but t. Their parameter runs from the first key to the last.
 struct DAnimatedCamera::Curves
-{};
+{
+  std::array<DNonUniformHermiteSpline, std::size(storedFields) - 1> curve;
+  float first = 0;
+  float last = 0;
+};
 
 DAnimatedCamera::DAnimatedCamera(int maxKeyFrames) : capacity(std::max(maxKeyFrames, 0))
 {}
@@ -201,14 +208,36 @@ void DAnimatedCamera::DropCurves()
 void DAnimatedCamera::BuildCurves() const
 {
   curves = std::make_unique<Curves>();
+  const bool periodic = flags & PERIODIC;
+  // On a periodic path t jumps at the period's end, so the way along the path takes its place.
+  float at = periodic ? 0 : GetFirstTime();
+  curves->first = at;
+  for (int i = 0; i < GetCount(); ++i) {
+    const DCameraKeyFrame& keyFrame = *GetKeyFrame(i);
+    if (i > 0)
+      at = periodic ? at + Distance(GetKeyFrame(i - 1)->t, keyFrame.t) : keyFrame.t;
+    for (size_t c = 0; c < curves->curve.size(); ++c)
+      curves->curve[c].AddKey(at, keyFrame.*storedFields[c].field);
+  }
+  curves->last = at;
+  for (DNonUniformHermiteSpline& curve : curves->curve)
+    curve.SetClosed(flags & CLOSED);
 }
 
 void DAnimatedCamera::Evaluate(float t, DCameraKeyFrame& out) const
 {
   if (keyFrames.empty())
     return;
+  if (keyFrames.size() == 1) {
+    out = keyFrames.front();
+    out.t = t;
+    return;
+  }
   if (!curves)
     BuildCurves();
-  out = keyFrames.front();
+  // Beyond its ends an open path stands still. A t that isn't a number stays one.
+  const float at = flags & CLOSED ? t : std::clamp(t, curves->first, std::max(curves->first, curves->last));
+  for (size_t c = 0; c < curves->curve.size(); ++c)
+    out.*storedFields[c].field = curves->curve[c].GetValue(at);
   out.t = t;
 }

@@ -1,0 +1,371 @@
+#include "scene/renderpainter.h"
+
+#include "geometry/dgeob.h"
+#include "geometry/dglobal.h"
+#include "geometry/dpipe.h"
+#include "geometry/dshader.h"
+#include "geometry/dtexture.h"
+#include "scene/worldrenderer.h"
+
+#include <epoxy/gl.h>
+#include <glm/gtc/type_ptr.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr uint32_t NODE_IS_SKY = 0x1; // the flags that a track's node hands down to its geobs
+constexpr uint32_t NODE_COLLIDE = 0x2;
+constexpr uint32_t NODE_SURFACE = 0x4;
+
+bool IsSky(const DShader* shader, const DGeob& geob)
+{
+  return (shader && shader->IsSky()) || geob.userFlags & NODE_IS_SKY;
+}
+
+// What a block without a shader is painted with.
+const DShaderLayer& PlainLayer()
+{
+  static const DShaderLayer layer = [] {
+    DShaderLayer plain;
+    plain.flags = DShaderLayer::DEPTH_WRITE;
+    plain.ambient = plain.diffuse = DVector4(0.7f, 0.7f, 0.7f, 1.0f);
+    return plain;
+  }();
+  return layer;
+}
+
+bool IsLit(const DGeob& geob, const DShader* shader)
+{
+  return !IsSky(shader, geob) && geob.vertexColor.size() < geob.vertex.size() &&
+         geob.normal.size() >= geob.vertex.size();
+}
+
+template <typename Array>
+const void* Source(DPipe& pipe, uint32_t buffer, const Array& array)
+{
+  pipe.BindArrayBuffer(buffer);
+  return buffer ? nullptr : array.data();
+}
+
+} // namespace
+
+void RenderPainter::Begin(DPipe& statePipe, const RenderView& frameView)
+{
+  view = frameView;
+  pipe = &statePipe;
+  gl = DGlobals().hasContext;
+  pipe->Invalidate(); // panels and overlay drew since the last frame
+  if (!gl)
+    return;
+  glViewport(view.viewport.x, view.viewport.y, view.viewport.wid, view.viewport.hgt);
+  glMatrixMode(GL_TEXTURE);
+  glLoadIdentity();
+  textureScaled = false;
+  skyProjectionSet = true;
+  SetProjection(false);
+  glLoadMatrixf(glm::value_ptr(view.modelView));
+  glShadeModel(GL_SMOOTH);
+  glFrontFace(GL_CCW);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+  SetupLights();
+}
+
+void RenderPainter::SetProjection(bool sky)
+{
+  if (skyProjectionSet == sky || !gl)
+    return;
+  skyProjectionSet = sky;
+  pipe->MatrixMode(GL_PROJECTION);
+  glLoadMatrixf(glm::value_ptr(sky ? view.skyProjection : view.projection));
+  pipe->MatrixMode(GL_MODELVIEW);
+}
+
+void RenderPainter::SetupLights()
+{
+  const DVector4 direction(DNormalized(view.sun.position), 0.0f);
+  const DVector4 ambient(view.sun.ambient, 1.0f);
+  const DVector4 diffuse(view.sun.diffuse, 1.0f);
+  const DVector4 none(0.0f, 0.0f, 0.0f, 1.0f);
+  pipe->Enable(GL_LIGHT0);
+  glLightModelfv(GL_LIGHT_MODEL_AMBIENT, glm::value_ptr(none));
+  glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, GL_FALSE);
+  glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
+  glLightfv(GL_LIGHT0, GL_POSITION, glm::value_ptr(direction));
+  glLightfv(GL_LIGHT0, GL_AMBIENT, glm::value_ptr(ambient));
+  glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(diffuse));
+  glLightfv(GL_LIGHT0, GL_SPECULAR, glm::value_ptr(diffuse));
+  if (view.fog.density > 0) {
+    const DVector4 color(view.fog.color, 1.0f);
+    glFogi(GL_FOG_MODE, GL_EXP);
+    glFogf(GL_FOG_DENSITY, view.fog.density);
+    glFogfv(GL_FOG_COLOR, glm::value_ptr(color));
+  }
+}
+
+void RenderPainter::LightByFlags(const DGeob& geob) const
+{
+  const auto painted = [&geob](const DVector3& c) {
+    const bool collide = geob.userFlags & NODE_COLLIDE;
+    const bool surface = geob.userFlags & NODE_SURFACE;
+    if (!collide && !surface)
+      return DVector4(DVector3(glm::length(c)), 1.0f);
+    return DVector4(collide ? c.r * 10 : 0.0f, surface ? c.g * 10 : 0.0f, 0.0f, 1.0f);
+  };
+  if (!gl)
+    return;
+  glLightfv(GL_LIGHT0, GL_AMBIENT, glm::value_ptr(painted(view.sun.ambient)));
+  glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(painted(view.sun.diffuse)));
+}
+
+void RenderPainter::SetFlags(uint32_t rendererFlags, int layers)
+{
+  flags = rendererFlags;
+  maxLayers = layers;
+}
+
+// The later layers of a shader with a fragment program are what the program reads (normals, reflections): by
+// themselves they aren't pictures of the surface.
+int RenderPainter::LayersOf(const DShader* shader) const
+{
+  if (!shader || !(flags & WorldRenderer::USE_SHADERS) || !shader->fragmentFile.empty())
+    return 1;
+  return std::clamp(shader->LayerCount(), 1, std::max(maxLayers, 1));
+}
+
+void RenderPainter::SetupMaterial(const DShaderLayer& layer) const
+{
+  if (!gl)
+    return;
+  const DVector4 black(0.0f, 0.0f, 0.0f, 1.0f);
+  glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, glm::value_ptr(layer.ambient));
+  glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, glm::value_ptr(layer.diffuse));
+  glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, glm::value_ptr(layer.emission));
+  // With an exponent of 0 the highlight would cover all that faces the sun.
+  const bool shines = layer.shininess > 0;
+  glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, glm::value_ptr(shines ? layer.specular : black));
+  glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, static_cast<float>(std::clamp(layer.shininess, 0, 128)));
+  // Without lighting this is the colour.
+  glColor4f(1.0f, 1.0f, 1.0f, layer.diffuse.a);
+}
+
+void RenderPainter::SetupTextureMatrix(const DShaderLayer& layer)
+{
+  const auto& s = layer.texScale;
+  const bool scaled = s[0] != 1 || s[1] != 1 || s[2] != 1;
+  if (!scaled && !textureScaled)
+    return;
+  textureScaled = scaled;
+  pipe->MatrixMode(GL_TEXTURE);
+  if (gl) {
+    glLoadIdentity();
+    glScalef(s[0], s[1], s[2]);
+  }
+  pipe->MatrixMode(GL_MODELVIEW);
+}
+
+void RenderPainter::SetupLayer(const DShaderLayer& layer, bool first, bool sky)
+{
+  const bool blends = layer.flags & DShaderLayer::BLENDING;
+  pipe->Set(GL_BLEND, blends);
+  if (blends)
+    pipe->BlendFunc(layer.blendSrc, layer.blendDst);
+  const bool tests = layer.flags & DShaderLayer::ALPHA_TEST;
+  pipe->Set(GL_ALPHA_TEST, tests);
+  if (tests)
+    pipe->AlphaFunc(layer.alphaFunc, layer.alphaRef);
+  // The sky lies behind all else.
+  pipe->Set(GL_DEPTH_TEST, !sky);
+  pipe->DepthMask(!sky && layer.flags & DShaderLayer::DEPTH_WRITE);
+  pipe->DepthFunc(first ? layer.depthFunc : static_cast<uint32_t>(GL_LEQUAL));
+  pipe->SelectUnit(0);
+  if (layer.texture) {
+    pipe->EnableTexture(GL_TEXTURE_2D);
+    if (gl)
+      layer.texture->Select();
+    pipe->TexEnv(layer.texEnv == GL_REPLACE ? static_cast<uint32_t>(GL_MODULATE) : layer.texEnv);
+    SetupTextureMatrix(layer);
+  } else {
+    pipe->DisableTexture(GL_TEXTURE_2D);
+  }
+  SetupMaterial(layer);
+}
+
+void RenderPainter::SetupShader(const DShader* shader, const DGeob& geob)
+{
+  ++counted.shaderChanges;
+  const uint32_t shaderFlags = shader ? shader->shaderFlags : 0;
+  const bool sky = IsSky(shader, geob);
+  const bool swapped = flags & WorldRenderer::SWAP_CULLING;
+  const bool culls = shaderFlags & (DShader::CULL_BACK | DShader::CULL_FRONT);
+  pipe->Set(GL_CULL_FACE, culls);
+  if (culls)
+    pipe->CullFace(((shaderFlags & DShader::CULL_BACK) != 0) == swapped ? GL_FRONT : GL_BACK);
+  pipe->Set(GL_FOG, view.fog.density > 0 && !sky && (!shader || shaderFlags & DShader::FOG));
+  SetProjection(sky);
+}
+
+void RenderPainter::SetupGeob(DGeob& geob, bool lit)
+{
+  if (flags & WorldRenderer::USE_VBO)
+    geob.EnableVBO();
+  pipe->Set(GL_LIGHTING, lit);
+  const bool colored = geob.vertexColor.size() >= geob.vertex.size();
+  const bool mapped = geob.texCoord[0].size() >= geob.vertex.size();
+  pipe->EnableArray(DPipe::VERTEX_ARRAY);
+  lit ? pipe->EnableArray(DPipe::NORMAL_ARRAY) : pipe->DisableArray(DPipe::NORMAL_ARRAY);
+  colored ? pipe->EnableArray(DPipe::COLOR_ARRAY) : pipe->DisableArray(DPipe::COLOR_ARRAY);
+  mapped ? pipe->EnableTexCoordArray() : pipe->DisableTexCoordArray();
+  if (!gl)
+    return;
+  glVertexPointer(3, GL_FLOAT, 0, Source(*pipe, geob.vertexBuffer, geob.vertex));
+  if (lit)
+    glNormalPointer(GL_FLOAT, 0, Source(*pipe, geob.normalBuffer, geob.normal));
+  if (colored)
+    glColorPointer(3, GL_FLOAT, 0, Source(*pipe, geob.colorBuffer, geob.vertexColor));
+  if (mapped)
+    glTexCoordPointer(2, GL_FLOAT, 0, Source(*pipe, geob.texCoordBuffer[0], geob.texCoord[0]));
+  pipe->BindIndexBuffer(geob.indexBuffer);
+}
+
+void RenderPainter::DrawIndices(const RenderBlock& block) const
+{
+  if (!gl)
+    return;
+  const uint16_t* base = block.geob->indexBuffer ? nullptr : block.geob->index.data();
+  if (!(flags & WorldRenderer::ARRAY_ELEMENTS)) {
+    glDrawElements(GL_TRIANGLES, block.indexCount, GL_UNSIGNED_SHORT, base + block.firstIndex);
+    return;
+  }
+  glBegin(GL_TRIANGLES);
+  for (int i = 0; i < block.indexCount; ++i)
+    glArrayElement(block.geob->index[static_cast<size_t>(block.firstIndex + i)]);
+  glEnd();
+}
+
+void RenderPainter::Draw(const RenderBlock& block)
+{
+  DrawIndices(block);
+  ++counted.drawCalls;
+  counted.indices += block.indexCount;
+}
+
+void RenderPainter::PaintRun(std::span<const RenderBlock> run)
+{
+  const RenderBlock& head = run.front();
+  if (gl && head.matrix) {
+    pipe->MatrixMode(GL_MODELVIEW);
+    glPushMatrix();
+    glMultMatrixf(glm::value_ptr(*head.matrix));
+  }
+  pipe->Set(GL_NORMALIZE, head.matrix != nullptr);
+  if (flags & WorldRenderer::COLOR_BY_FLAGS)
+    LightByFlags(*head.geob);
+  if (flags & WorldRenderer::PAINT_TRIANGLES) {
+    SetupShader(head.shader, *head.geob);
+    const int layers = LayersOf(head.shader);
+    for (int i = 0; i < layers; ++i) {
+      const bool drawable = head.shader && head.shader->LayerCount() > 0;
+      const DShaderLayer& layer = drawable ? head.shader->layer[static_cast<size_t>(i)] : PlainLayer();
+      SetupLayer(layer, i == 0, IsSky(head.shader, *head.geob));
+      for (const RenderBlock& block : run) {
+        SetupGeob(*block.geob, IsLit(*block.geob, block.shader));
+        Draw(block);
+      }
+    }
+  }
+  if (flags & WorldRenderer::PAINT_WIREFRAME)
+    PaintWireframe(run);
+  if (flags & WorldRenderer::PAINT_NORMALS)
+    for (const RenderBlock& block : run)
+      PaintNormals(*block.geob);
+  if (gl && head.matrix)
+    glPopMatrix();
+}
+
+void RenderPainter::PaintWireframe(std::span<const RenderBlock> run)
+{
+  pipe->SelectUnit(0);
+  pipe->DisableTexture(GL_TEXTURE_2D);
+  pipe->Disable(GL_BLEND);
+  pipe->Disable(GL_ALPHA_TEST);
+  pipe->Disable(GL_FOG);
+  pipe->Set(GL_DEPTH_TEST, true);
+  pipe->DepthFunc(GL_LEQUAL);
+  pipe->PolygonOffset(-10, -10);
+  if (gl) {
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    glEnable(GL_POLYGON_OFFSET_LINE);
+    glColor4f(1, 1, 1, 1);
+  }
+  for (const RenderBlock& block : run) {
+    SetupGeob(*block.geob, false);
+    pipe->DisableArray(DPipe::COLOR_ARRAY); // it would win over white
+    Draw(block);
+  }
+  pipe->PolygonOffset(0, 0);
+  if (gl) {
+    glDisable(GL_POLYGON_OFFSET_LINE);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+  }
+}
+
+void RenderPainter::PaintNormals(const DGeob& geob)
+{
+  if (!gl || geob.normal.size() < geob.vertex.size())
+    return;
+  pipe->SelectUnit(0);
+  pipe->DisableTexture(GL_TEXTURE_2D);
+  for (const uint32_t cap : {GL_LIGHTING, GL_BLEND, GL_ALPHA_TEST, GL_FOG})
+    pipe->Disable(cap);
+  pipe->Enable(GL_DEPTH_TEST);
+  pipe->DepthFunc(GL_LEQUAL);
+  pipe->DepthMask(false);
+  glBegin(GL_LINES);
+  for (size_t i = 0; i < geob.vertex.size(); ++i) {
+    const DVector3& normal = geob.normal[i];
+    const DVector3 tip = geob.vertex[i] + normal;
+    glColor3f(normal.y, normal.y, normal.y);
+    glVertex3fv(glm::value_ptr(geob.vertex[i]));
+    glVertex3fv(glm::value_ptr(tip));
+  }
+  glEnd();
+}
+
+void RenderPainter::End()
+{
+  SetProjection(false);
+  for (const DPipe::Array array : {DPipe::VERTEX_ARRAY, DPipe::NORMAL_ARRAY, DPipe::COLOR_ARRAY})
+    pipe->DisableArray(array);
+  pipe->SelectUnit(0);
+  pipe->DisableTexCoordArray();
+  pipe->BindArrayBuffer(0);
+  pipe->BindIndexBuffer(0);
+  SetupTextureMatrix(DShaderLayer());
+  pipe->Disable(GL_BLEND);
+  pipe->Disable(GL_SAMPLE_ALPHA_TO_COVERAGE);
+  pipe->AlphaFunc(GL_ALWAYS, 0);
+}
+
+void RenderPainter::ResetState()
+{
+  pipe->SelectUnit(0);
+  pipe->DisableTexture(GL_TEXTURE_2D);
+  pipe->TexEnv(GL_MODULATE);
+  for (const uint32_t cap : {GL_FOG, GL_ALPHA_TEST, GL_LIGHTING, GL_NORMALIZE, GL_CULL_FACE, GL_BLEND})
+    pipe->Disable(cap);
+  pipe->Enable(GL_DEPTH_TEST);
+  pipe->DepthMask(true);
+  pipe->DepthFunc(GL_LEQUAL);
+  pipe->BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  pipe->MatrixMode(GL_MODELVIEW);
+}
+
+void RenderPainter::AddTo(RenderStats& stats)
+{
+  const RenderStats more = std::exchange(counted, {});
+  stats.indices += more.indices;
+  stats.drawCalls += more.drawCalls;
+  stats.shaderChanges += more.shaderChanges;
+}

@@ -1,0 +1,205 @@
+#include "scene/worldgeodenode.h"
+
+#include "foundation/qreport.h"
+#include "geometry/dgeode.h"
+#include "geometry/dglobal.h"
+#include "geometry/dshader.h"
+#include "scene/worldrenderer.h"
+#include "scene/worldscene.h"
+#include "scene/worldstate.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+WorldGeobNode::WorldGeobNode(WorldScene* owner, const char* nodeName, DGeob* pieceOfGeometry) :
+    WorldGraphicsNode(owner, nodeName, "geob"), geob(pieceOfGeometry)
+{
+  Relink();
+}
+
+WorldGeobNode::~WorldGeobNode() = default;
+
+const DBox* WorldGeobNode::GetBox()
+{
+  return &geob->GetBoundingBox();
+}
+
+bool WorldGeobNode::IsSky() const
+{
+  constexpr uint32_t NODE_IS_SKY = 0x1; // what a track calls "Sky"
+  return geob->userFlags & NODE_IS_SKY || flags & SKY;
+}
+
+void WorldGeobNode::Relink()
+{
+  parts.clear();
+  linkedAsSky = IsSky();
+  const DMaterial* last = nullptr;
+  for (int i = 0; i < geob->Bursts(); ++i) {
+    const auto indices = geob->BurstIndices(i);
+    if (indices.empty() || geob->burst[static_cast<size_t>(i)].vperP != 3)
+      continue;
+    const int first = static_cast<int>(indices.data() - geob->index.data());
+    const int count = static_cast<int>(indices.size());
+    DMaterial* material = geob->GetMaterial(geob->burst[static_cast<size_t>(i)].mtlID);
+    if (!parts.empty() && material == last && first == parts.back().firstIndex + parts.back().indexCount) {
+      parts.back().indexCount += count;
+      continue;
+    }
+    last = material;
+    Part& part = parts.emplace_back(Part{first, count, material ? material->shader : nullptr, nullptr});
+    const bool drawable = part.shader && part.shader->LayerCount() > 0;
+    if (!drawable && GetScene()) {
+      part.made = GetScene()->ShaderOfMaterial(material, linkedAsSky);
+      part.shader = part.made.get();
+    }
+  }
+}
+
+bool WorldGeobNode::Enter(WorldState& state)
+{
+  if (linkedAsSky != IsSky())
+    Relink();
+  for (const Part& part : parts) {
+    RenderBlock* block = state.scene.ReserveRenderBlock();
+    block->shader = part.shader;
+    block->geob = geob;
+    block->matrix = state.Matrix();
+    block->firstIndex = part.firstIndex;
+    block->indexCount = part.indexCount;
+    block->distance = distance;
+    block->screenSize = geob->radius / std::max(distance, 0.001f);
+  }
+  return false;
+}
+
+WorldGeodeNode::WorldGeodeNode(WorldScene* owner, const char* nodeName) : WorldGraphicsNode(owner, nodeName, "geode")
+{}
+
+WorldGeodeNode::~WorldGeodeNode()
+{
+  Clear();
+}
+
+void WorldGeodeNode::Clear()
+{
+  geobNodes.clear();
+  lod.reset();
+  geodes.clear();
+}
+
+DGeode* WorldGeodeNode::GetGeode(int level) const
+{
+  return level >= 0 && level < GeodeCount() ? geodes[static_cast<size_t>(level)].get() : nullptr;
+}
+
+void WorldGeodeNode::Relink()
+{
+  for (const auto& node : geobNodes)
+    node->Relink();
+}
+
+void WorldGeodeNode::AddGeobNodes(DGeode& geode, std::string_view path, int level)
+{
+  // Each new node goes to the head of its list: from the last to the first, they stand in the model's order.
+  for (int i = geode.GetNoofGeobs() - 1; i >= 0; --i) {
+    const std::string leaf = std::string(path) + "/geob" + std::to_string(i);
+    auto node = std::make_unique<WorldGeobNode>(GetScene(), leaf.c_str(), geode.GetGeob(i));
+    if (level >= 0)
+      lod->AddLevelNode(level, node.get());
+    else if (GetScene())
+      GetScene()->AddNode(node.get(), this);
+    geobNodes.push_back(std::move(node));
+  }
+}
+
+void WorldGeodeNode::SetGeode(std::unique_ptr<DGeode> model, std::string_view path)
+{
+  Clear();
+  if (!model)
+    return;
+  geodes.push_back(std::move(model));
+  AddGeobNodes(*geodes.front(), path, -1);
+}
+
+void WorldGeodeNode::LinkLevels(std::string_view path, const float* lodDistances)
+{
+  const std::string text(path);
+  lod = std::make_unique<WorldLODNode>(GetScene(), "lod");
+  if (GetScene())
+    GetScene()->AddNode(lod.get(), this);
+  lod->SetCenter(geodes.front()->center);
+  for (int i = 0; i < WorldLODNode::MAX_LEVELS; ++i) {
+    const float end = lodDistances[i];
+    if (end != 0)
+      lod->SetLODDistance(i, end);
+    if (DGeode* geode = GetGeode(i))
+      AddGeobNodes(*geode, path, i);
+    else if (i == 0)
+      QERR("No LOD0 model found for '%s'", text.c_str());
+    else if (end > 0)
+      QWARN("No LOD level %d model found for '%s', even though an LOD distance of %.1f was specified. "
+            "This may cause invisible models",
+            i, text.c_str(), static_cast<double>(end));
+  }
+}
+
+bool WorldGeodeNode::Load(std::string_view path, const float* lodDistances, bool makeStub)
+{
+  Clear();
+  const std::string file(path);
+  const bool wantLods = lodDistances && lodDistances[0] > 0;
+  constexpr std::array<float, DGeode::MAX_LODS> none{};
+  const std::span<const float> distances(lodDistances ? lodDistances : none.data(), none.size());
+  std::vector<std::unique_ptr<DGeode>> models;
+  if (!d3GeodeLoadLOD(file, distances, DGeode::FAR, models, wantLods) || models.empty()) {
+    QERR("WorldGeodeNode:Load(%s) can't import DOF", file.c_str());
+    if (!makeStub)
+      return false;
+    SetGeode(WorldMakeStub(), path);
+    return GetGeode() != nullptr;
+  }
+  geodes = std::move(models);
+  for (const auto& geode : geodes) {
+    geode->geodeFlags |= DGeode::LODS_NOT_OWNED;
+    if (GetScene() && GetScene()->GetRenderer()->GetFlags() & WorldRenderer::USE_VBO)
+      geode->EnableVBO();
+  }
+  if (wantLods)
+    LinkLevels(path, lodDistances);
+  else
+    AddGeobNodes(*geodes.front(), path, -1);
+  return true;
+}
+
+std::unique_ptr<DGeode> WorldMakeStub()
+{
+  auto geode = std::make_unique<DGeode>("mystub.dof");
+  DMaterial* material = geode->AddMaterial();
+  DGeob* geob = geode->AddGeob();
+  if (!material || !geob) {
+    QERR("WorldGeodeNode:MakeStub(); no geode created");
+    return nullptr;
+  }
+  material->AddBitMap(geode->FindMapFile("mytexture.tga"), true, geode.get(), true);
+  for (int side = 0; side < 6; ++side) {
+    const int axis = side / 2;
+    DVector3 normal(0.0f), u(0.0f), v(0.0f);
+    normal[axis] = side % 2 ? -1.0f : 1.0f;
+    u[(axis + 1) % 3] = 1.0f;
+    v = glm::cross(normal, u);
+    const auto base = static_cast<uint16_t>(geob->vertex.size());
+    for (const DVector2& corner : {DVector2(0, 0), DVector2(1, 0), DVector2(1, 1), DVector2(0, 1)}) {
+      geob->vertex.push_back(normal * 0.5f + u * (corner.x - 0.5f) + v * (corner.y - 0.5f));
+      geob->normal.push_back(normal);
+      geob->texCoord[0].push_back(corner);
+    }
+    for (const int i : {0, 1, 2, 0, 2, 3})
+      geob->index.push_back(static_cast<uint16_t>(base + i));
+  }
+  geob->AddBurst({.start = 0, .count = 3 * geob->IndexCount()});
+  geob->FinalizeGeob();
+  geode->GetBoundingBox();
+  return geode;
+}

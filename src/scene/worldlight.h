@@ -1,0 +1,17 @@
+#pragma once
+
+#include "geometry/dvector.h"
+
+// Light of the sun and the sky. Colours are red, green, blue from 0 to 1.
+struct WorldSun
+{
+  DVector3 position{1000.0f, 450.0f, 400.0f}; // its direction counts, seen from the origin
+  DVector3 ambient{0.46f, 0.49f, 0.55f};
+  DVector3 diffuse{0.78f, 0.74f, 0.66f};
+};
+
+struct WorldFog
+{
+  DVector3 color{0.66f, 0.74f, 0.82f};
+  float density = 0.0004f;
+};
