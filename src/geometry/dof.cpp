@@ -1,8 +1,8 @@
 #include "geometry/dof.h"
 
-#include "foundation/qzeroblock.h"
 #include "foundation/qreport.h"
 #include "foundation/qsafewrite.h"
+#include "foundation/qzeroblock.h"
 #include "geometry/dgeode.h"
 
 #include <algorithm>

@@ -35,18 +35,9 @@ std::string LowerCase(std::string_view text)
   return lower.Str();
 }
 
-// A name may lead below the directories that are searched, never out of them: what would keeps its last part alone.
-std::string InsideName(const std::string& name)
-{
-  const bool climbs = name.find("..") != std::string::npos;
-  const bool absolute = !name.empty() && (name[0] == '/' || name[0] == '\\' || name.find(':') != std::string::npos);
-  std::string inside = climbs || absolute ? QFileBase(name.c_str()) : name;
-  return inside.substr(0, std::min(inside.find('\0'), inside.size()));
-}
-
 std::string TextureFile(const std::string& name, const DGeode* owner)
 {
-  const std::string inside = InsideName(name);
+  const std::string inside = d3InsideName(name);
   if (!owner)
     return "images/" + inside;
   qstring full;

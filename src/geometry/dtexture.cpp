@@ -170,6 +170,14 @@ int ReducedSize(int size, int divider, int max)
 
 } // namespace
 
+std::string d3InsideName(const std::string& name)
+{
+  const bool climbs = name.find("..") != std::string::npos;
+  const bool absolute = !name.empty() && (name[0] == '/' || name[0] == '\\' || name.find(':') != std::string::npos);
+  std::string inside = climbs || absolute ? QFileBase(name.c_str()) : name;
+  return inside.substr(0, std::min(inside.find('\0'), inside.size()));
+}
+
 std::string d3FindMap(const std::string& fileName)
 {
   qstring full;

@@ -91,3 +91,7 @@ std::unique_ptr<QBitMap> d3LoadTextureMap(const std::string& fileName, bool* fou
 std::unique_ptr<QBitMap> d3MakeStubImage(int type);
 // The file of a picture's name in the global map path; the name itself when there is none.
 std::string d3FindMap(const std::string& fileName);
+// A name out of a file may lead below the directories that are searched, never out of them: an absolute one, or one
+// with
+// "..", keeps its last part alone.
+std::string d3InsideName(const std::string& name);
