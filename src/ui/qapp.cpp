@@ -1,0 +1,270 @@
+#include "ui/qapp.h"
+
+#include "foundation/qreport.h"
+#include "ui/qfont.h"
+#include "ui/qglbatch.h"
+#include "ui/qglyphs.h"
+#include "ui/qscreenshot.h"
+
+#include <cstdlib>
+
+QApp* app = nullptr;
+
+QApp::QApp(std::string_view name, std::string_view windowTitle, std::unique_ptr<QDisplay> machine) :
+    appName(name), title(windowTitle.empty() ? "Tessel" : windowTitle), display(std::move(machine))
+{
+  app = this;
+  if (!display->Open())
+    qexit("Can't open X11 display (%s)", display->Name().c_str());
+}
+
+QApp::~QApp()
+{
+  Destroy();
+  display->Close();
+  if (app == this)
+    app = nullptr;
+}
+
+// The fonts and windows first: they still reach the manager, the queue and the context.
+void QApp::Destroy()
+{
+  sysFont.reset();
+  sysFontMono.reset();
+  userFont = userMonoFont = nullptr;
+  bc.reset();
+  if (atlas)
+    atlas->ReleaseTexture();
+  shell.reset();
+  queue.reset();
+  wm.reset();
+  batch.reset();
+  atlas.reset();
+}
+
+bool QApp::Create()
+{
+  queue = std::make_unique<QEventQueue>();
+  wm = std::make_unique<QWindowManager>();
+  wm->SetBackgroundColor(QColor(94, 94, 94, 255));
+  batch = std::make_unique<QGLBatch>();
+  atlas = std::make_unique<QGlyphAtlas>();
+  if (!(createFlags & NO_SHELL)) {
+    shell = std::make_unique<QShell>(rShell);
+    shell->SetText(title);
+    if (createFlags & CREATE_FULLSCREEN)
+      shell->PrefFullScreen();
+    shell->PrefWM(createFlags & FRAME);
+    shell->PrefNoResize(createFlags & NO_RESIZE);
+    if (!shell->Create()) {
+      shell.reset();
+      return false;
+    }
+    display->ShowPointer(!(createFlags & HIDE_CURSOR));
+  }
+  if (shell && !(createFlags & NO_BC))
+    bc = std::make_unique<QBC>(shell.get(), rBC ? *rBC : QRect{45, 45, 320, 256});
+  sysFont = std::make_unique<QFont>("ms sans serif", 10);
+  sysFontMono = std::make_unique<QFont>("courier", 8);
+  // Both report what they miss; an interface without letters still takes keys.
+  static_cast<void>(sysFont->Create());
+  static_cast<void>(sysFontMono->Create());
+  return true;
+}
+
+bool QApp::PumpEvents()
+{
+  if (!queue || !wm)
+    return false;
+  // One at a time, but for motions: who gets a key is decided by the focus that the events before it have set.
+  QEvent raw;
+  while (queue->Count() == 0 || raw.type == QEvent::MOTIONNOTIFY) {
+    if (!display->NextEvent(raw))
+      break;
+    wm->Convert(raw);
+  }
+  return queue->Count() > 0;
+}
+
+void QApp::TrackInput()
+{
+  const auto setModifier = [this](int bit, bool on) { modifiers = on ? modifiers | bit : modifiers & ~bit; };
+  switch (event.type) {
+  case QEvent::KEYPRESS:
+  case QEvent::KEYRELEASE: {
+    if (event.xRoot == QEvent::MAGIC)
+      return; // a shortcut that a button sends brings its own modifiers
+    const bool down = event.type == QEvent::KEYPRESS;
+    const int key = QKeyOf(event.n);
+    if (key == QKEY_SHIFT_KEY)
+      setModifier(QMOD_SHIFT, down);
+    else if (key == QKEY_CTRL_KEY)
+      setModifier(QMOD_CTRL, down);
+    else if (key == QKEY_ALT_KEY)
+      setModifier(QMOD_ALT, down);
+    event.n = key | modifiers;
+    break;
+  }
+  case QEvent::MOTIONNOTIFY:
+    mouseX = event.xRoot;
+    mouseY = event.yRoot;
+    break;
+  case QEvent::BUTTONPRESS:
+    mouseButtons |= 1u << (event.n & 31);
+    break;
+  case QEvent::BUTTONRELEASE:
+    mouseButtons &= ~(1u << (event.n & 31));
+    break;
+  case QEvent::APPFOCUS:
+    modifiers = 0;
+    break;
+  default:
+    break;
+  }
+}
+
+bool QApp::HandleScreenshotKey()
+{
+  if (event.type != QEvent::KEYPRESS || QKeyOf(event.n) != QKEY_F11)
+    return false;
+  const bool whole = (event.n & (QMOD_CTRL | QMOD_ALT)) == (QMOD_CTRL | QMOD_ALT);
+  QSaveScreenshot(whole ? static_cast<QWindow*>(shell.get()) : bc.get(), whole);
+  return true;
+}
+
+bool QApp::OfferKeyboardHandlers()
+{
+  const DTable<KeyboardHandler, 5> handlers = keyHandlers; // one may remove itself
+  for (KeyboardHandler handler : handlers)
+    if (handler(&event))
+      return true;
+  return false;
+}
+
+int QApp::Run1()
+{
+  if (!PumpEvents()) {
+    if (const std::function<void()> idle = idleProc) {
+      idle();
+    } else {
+      PaintIfWanted();
+      display->Sleep(10);
+    }
+    return 2;
+  }
+  queue->Get(event);
+  TrackInput();
+  HandleScreenshotKey();
+  if (event.IsKey() && OfferKeyboardHandlers())
+    return 1;
+  // A handler may run this loop again, for a dialog, and so overwrite the member.
+  QEvent current = event;
+  if (wm->ProcessEvent(&current) || hasExited)
+    return 1;
+  event = current;
+  if (const std::function<bool(QEvent*)> handler = eventProc; handler && handler(&current))
+    return 1;
+  if (current.type == QEvent::CLOSE && current.win == shell.get() && !hasExited)
+    Exit(0);
+  return 0;
+}
+
+void QApp::Run()
+{
+  while (!hasExited)
+    Run1();
+}
+
+void QApp::RunPoll()
+{
+  while (!hasExited && PumpEvents())
+    Run1();
+}
+
+void QApp::PaintIfWanted()
+{
+  if (!shell || !wm->TakePaintRequest())
+    return;
+  wm->PaintAll();
+  shell->GetCanvas().Swap();
+}
+
+void QApp::Exit(int status)
+{
+  if (hasExited)
+    return;
+  hasExited = true;
+  if (exitProc)
+    exitProc(status);
+  int n = 0;
+  for (Procedure cleanup : cleanupProcs) {
+    QLOG("QApp: calling cleanup proc %d...\n", n);
+    cleanup();
+    QLOG("  cleanup %d returned.\n", n);
+    ++n;
+  }
+  if (endProcess) {
+    endProcess(status);
+    return;
+  }
+  Destroy();
+  display->Close();
+  std::exit(status);
+}
+
+std::function<bool(QEvent*)> QApp::SetEventProc(std::function<bool(QEvent*)> procedure)
+{
+  return std::exchange(eventProc, std::move(procedure));
+}
+
+bool QApp::AddKeyboardHandler(KeyboardHandler handler)
+{
+  if (keyHandlers.Add(handler))
+    return true;
+  QWARN("QApp::AddKeyboardHandler(); out of handlers");
+  return false;
+}
+
+bool QApp::RemoveKeyboardHandler(KeyboardHandler handler)
+{
+  for (int i = 0; i < keyHandlers.Count(); ++i)
+    if (*keyHandlers.At(i) == handler)
+      return keyHandlers.Remove(i);
+  QWARN("QApp::RemoveKeyboardHandler(); can't find handler (%p)", reinterpret_cast<void*>(handler));
+  return false;
+}
+
+bool QApp::AddCleanupProc(Procedure procedure)
+{
+  if (cleanupProcs.Add(procedure))
+    return true;
+  QERR("QApp::AddCleanupProc(); out of space - memory leaks WILL occur!");
+  return false;
+}
+
+bool QApp::AddCrashProc(Procedure procedure)
+{
+  if (!procedure) {
+    QERR("QApp:AddCrashProc(); func=0");
+    return false;
+  }
+  if (crashProcs.Add(procedure))
+    return true;
+  QERR("QApp::AddCrashProc(); out of space");
+  return false;
+}
+
+std::string QApp::GetText(std::string_view, std::string_view otherwise) const
+{
+  return std::string(otherwise);
+}
+
+bool QApp::SetInfo(QInfo* settings)
+{
+  if (info) {
+    QERR("QApp::SetInfo(); info is already open; call CloseInfo() first");
+    return false;
+  }
+  info = settings;
+  return true;
+}

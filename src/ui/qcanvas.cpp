@@ -1,0 +1,292 @@
+#include "ui/qcanvas.h"
+
+#include "foundation/qreport.h"
+#include "geometry/dglobal.h"
+#include "ui/qapp.h"
+#include "ui/qfont.h"
+#include "ui/qglbatch.h"
+#include "ui/qglyphs.h"
+#include "ui/qtext.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+struct PaletteEntry
+{
+  uint8_t r, g, b, a;
+  bool blend;
+};
+constexpr PaletteEntry PALETTE[] = {
+    {255, 255, 255, 255, false}, {0, 0, 0, 255, false},       {224, 224, 224, 255, false}, {212, 208, 200, 255, false},
+    {128, 128, 128, 255, false}, {255, 0, 0, 255, false},     {39, 73, 78, 255, false},    {68, 126, 142, 128, true},
+    {83, 153, 165, 255, false},  {110, 208, 221, 255, false}, {139, 201, 219, 255, false}, {255, 255, 255, 255, true},
+};
+
+// Without blending a colour covers what it is painted on, whatever its alpha.
+uint32_t Packed(const QColor& c, bool blending)
+{
+  const int alpha = blending ? c.GetA() : 255;
+  return static_cast<uint32_t>(c.GetR()) | static_cast<uint32_t>(c.GetG()) << 8 |
+         static_cast<uint32_t>(c.GetB()) << 16 | static_cast<uint32_t>(alpha) << 24;
+}
+
+QRect Intersection(const QRect& a, const QRect& b)
+{
+  const int x = std::max(a.x, b.x);
+  const int y = std::max(a.y, b.y);
+  return {x, y, std::max(0, std::min(a.x + a.wid, b.x + b.wid) - x),
+          std::max(0, std::min(a.y + a.hgt, b.y + b.hgt) - y)};
+}
+
+// Draws at the end of a call outside Begin and End.
+class Run
+{
+public:
+  Run() { app->GetBatch().Begin(); }
+  ~Run() { app->GetBatch().End(); }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+};
+
+} // namespace
+
+bool QCanvas::Ready()
+{
+  return DGlobals().hasContext && app;
+}
+
+void QCanvas::Begin()
+{
+  if (Ready())
+    app->GetBatch().Begin();
+}
+
+void QCanvas::End()
+{
+  if (Ready())
+    app->GetBatch().End();
+}
+
+void QCanvas::Flush()
+{
+  if (Ready())
+    app->GetBatch().Flush();
+}
+
+void QCanvas::Swap()
+{
+  Flush();
+  if (app)
+    app->GetDisplay().Swap();
+}
+
+void QCanvas::Clear()
+{
+  Rectfill(0, 0, window.rect.wid, window.rect.hgt);
+}
+
+void QCanvas::SetColor(int px, int alpha)
+{
+  if (px < 0 || px >= static_cast<int>(std::size(PALETTE))) {
+    QWARN("QCanvas::SetColor(%d) unknown PX_xxx", px);
+    color = QColor(0, 255, 0);
+    return;
+  }
+  const PaletteEntry& entry = PALETTE[px];
+  color = QColor(entry.r, entry.g, entry.b, alpha < 0 ? entry.a : alpha);
+  if (entry.blend)
+    blending = true;
+}
+
+void QCanvas::SetClipRect(int x, int y, int wid, int hgt)
+{
+  clip = {x, y, wid, hgt};
+  clipped = true;
+}
+
+// Where drawing may reach, on the top-level window.
+QRect QCanvas::ClipOnRoot() const
+{
+  QRect r = window.RootRect();
+  if (!clipped)
+    return {0, 0, 32767, 32767};
+  return {r.x + clip.x, r.y + clip.y, clip.wid, clip.hgt};
+}
+
+void QCanvas::Quad(QRect r, const std::array<QColor, 4>& corners)
+{
+  const QRect root = window.RootRect();
+  r.x += root.x;
+  r.y += root.y;
+  if (clipped)
+    r = Intersection(r, ClipOnRoot());
+  if (r.wid <= 0 || r.hgt <= 0)
+    return;
+  const Run run;
+  QGlyphAtlas& atlas = app->GetGlyphAtlas();
+  constexpr float W = QGlyphAtlas::WHITE;
+  const auto x = static_cast<float>(r.x), y = static_cast<float>(r.y);
+  const auto right = static_cast<float>(r.x + r.wid), below = static_cast<float>(r.y + r.hgt);
+  app->GetBatch().Quad(atlas.Texture(), {{{x, y, W, W, Packed(corners[0], blending)},
+                                          {right, y, W, W, Packed(corners[1], blending)},
+                                          {right, below, W, W, Packed(corners[2], blending)},
+                                          {x, below, W, W, Packed(corners[3], blending)}}});
+}
+
+void QCanvas::Rectfill(int x, int y, int wid, int hgt)
+{
+  if (Ready())
+    Quad({x, y, wid, hgt}, {color, color, color, color});
+}
+
+void QCanvas::Rectfill(const QRect& r, const std::array<QColor, 4>& corners)
+{
+  if (Ready())
+    Quad(r, corners);
+}
+
+void QCanvas::Rectangle(int x, int y, int wid, int hgt)
+{
+  if (!Ready() || wid <= 0 || hgt <= 0)
+    return;
+  const Run run;
+  Rectfill(x, y, wid, 1);
+  Rectfill(x, y + hgt - 1, wid, 1);
+  Rectfill(x, y + 1, 1, hgt - 2);
+  Rectfill(x + wid - 1, y + 1, 1, hgt - 2);
+}
+
+void QCanvas::Line(int x1, int y1, int x2, int y2)
+{
+  if (!Ready())
+    return;
+  if (x1 == x2 || y1 == y2) {
+    Rectfill(std::min(x1, x2), std::min(y1, y2), std::abs(x2 - x1) + 1, std::abs(y2 - y1) + 1);
+    return;
+  }
+  // One pixel a step along the longer side: what clipping and batching know is rectangles.
+  const Run run;
+  const int steps = std::max(std::abs(x2 - x1), std::abs(y2 - y1));
+  for (int i = 0; i <= steps; ++i) {
+    const auto along = [&](int a, int b) {
+      return a + static_cast<int>(std::lround(static_cast<double>(b - a) * i / steps));
+    };
+    Rectfill(along(x1, x2), along(y1, y2), 1, 1);
+  }
+}
+
+void QCanvas::Edges(const QRect& r, const QColor& topLeft, const QColor& bottomRight)
+{
+  if (!Ready())
+    return;
+  const Run run;
+  const QColor before = color;
+  color = topLeft;
+  Rectfill(r.x, r.y, r.wid, 1);
+  Rectfill(r.x, r.y + 1, 1, r.hgt - 1);
+  color = bottomRight;
+  Rectfill(r.x + 1, r.y + r.hgt - 1, r.wid - 1, 1);
+  Rectfill(r.x + r.wid - 1, r.y + 1, 1, r.hgt - 2);
+  color = before;
+}
+
+void QCanvas::Outline(const QRect& r)
+{
+  Edges(r, QColor(224, 224, 224), QColor(64, 64, 64));
+}
+
+void QCanvas::Inline(const QRect& r)
+{
+  Edges(r, QColor(64, 64, 64), QColor(224, 224, 224));
+}
+
+void QCanvas::Text(std::string_view text, int x, int y, int len)
+{
+  if (!font) {
+    QWARN("QCanvas:Text(); no font selected");
+    return;
+  }
+  if (len >= 0)
+    text = text.substr(0, static_cast<size_t>(len));
+  if (!Ready() || !font->IsCreated())
+    return;
+  const Run run;
+  QOutlineFace& face = *font->Face();
+  const QRect root = window.RootRect();
+  const QRect limit = ClipOnRoot();
+  auto pen = static_cast<float>(root.x + x);
+  const int base = root.y + y + face.Ascent();
+  const uint32_t rgba = Packed(color, blending);
+  for (size_t at = 0; at < text.size();) {
+    const QGlyph& glyph = *face.Glyph(QNextChar(text, at));
+    const QRect whole{static_cast<int>(pen) + glyph.left, base - glyph.top, glyph.wid, glyph.hgt};
+    pen += glyph.advance;
+    const QRect r = Intersection(whole, limit);
+    if (r.wid <= 0 || r.hgt <= 0)
+      continue;
+    constexpr float TEXEL = 1.0f / QGlyphAtlas::SIZE;
+    const auto left = static_cast<float>(r.x), top = static_cast<float>(r.y);
+    const auto wid = static_cast<float>(r.wid), hgt = static_cast<float>(r.hgt);
+    const float u = static_cast<float>(glyph.x + r.x - whole.x) * TEXEL;
+    const float v = static_cast<float>(glyph.y + r.y - whole.y) * TEXEL;
+    const float u1 = u + wid * TEXEL, v1 = v + hgt * TEXEL;
+    app->GetBatch().Quad(app->GetGlyphAtlas().Texture(), {{{left, top, u, v, rgba},
+                                                           {left + wid, top, u1, v, rgba},
+                                                           {left + wid, top + hgt, u1, v1, rgba},
+                                                           {left, top + hgt, u, v1, rgba}}});
+  }
+}
+
+void QCanvas::TextML(std::string_view text, const QRect& r, QAlign align)
+{
+  constexpr size_t BUFFER = 1024;
+  constexpr size_t MAX_LINES = 10;
+  if (!font) {
+    QWARN("QCanvas:Text(); no font selected");
+    return;
+  }
+  if (text.size() >= BUFFER) {
+    QWARN("QCanvas::TextML(); text>temp buffer");
+    text = text.substr(0, BUFFER - 1);
+  }
+  std::array<std::string_view, MAX_LINES> lines;
+  size_t count = 0;
+  for (bool more = true; more;) {
+    if (count == MAX_LINES) {
+      QWARN("QCanvas::TextML() max #lines reached (10)");
+      break;
+    }
+    const size_t end = text.find('\n');
+    lines[count++] = text.substr(0, end);
+    more = end != std::string_view::npos;
+    text.remove_prefix(more ? end + 1 : text.size());
+  }
+  if (!Ready())
+    return;
+  const Run run;
+  const int height = static_cast<int>(font->GetHeight());
+  int y = r.y + (r.hgt - height * static_cast<int>(count)) / 2;
+  for (size_t i = 0; i < count; ++i, y += height) {
+    const int room = r.wid - static_cast<int>(font->GetWidth(lines[i]));
+    Text(lines[i], r.x + (align == QAlign::LEFT ? 0 : align == QAlign::RIGHT ? room : room / 2), y);
+  }
+}
+
+void QCanvas::Texture(uint32_t glTexture, int texWid, int texHgt, const QRect& src, const QRect& dst)
+{
+  if (!Ready() || texWid <= 0 || texHgt <= 0)
+    return;
+  const Run run;
+  const QRect root = window.RootRect();
+  const auto x = static_cast<float>(root.x + dst.x), y = static_cast<float>(root.y + dst.y);
+  const auto u = [&](int texel) { return static_cast<float>(texel) / static_cast<float>(texWid); };
+  const auto v = [&](int texel) { return 1.0f - static_cast<float>(texel) / static_cast<float>(texHgt); };
+  const auto wid = static_cast<float>(dst.wid), hgt = static_cast<float>(dst.hgt);
+  const uint32_t rgba = Packed(color, blending);
+  app->GetBatch().Quad(glTexture, {{{x, y, u(src.x), v(src.y), rgba},
+                                    {x + wid, y, u(src.x + src.wid), v(src.y), rgba},
+                                    {x + wid, y + hgt, u(src.x + src.wid), v(src.y + src.hgt), rgba},
+                                    {x, y + hgt, u(src.x), v(src.y + src.hgt), rgba}}});
+}

@@ -1,0 +1,80 @@
+#include "ui/qcheck.h"
+
+#include "ui/qapp.h"
+#include "ui/qfont.h"
+
+#include <algorithm>
+
+QCheck::QCheck(QWindow* owner, const QRect& area, std::string_view caption, bool on) :
+    QControl(owner, area, caption), state(on)
+{
+  Start(true);
+}
+
+void QCheck::SetState(bool on)
+{
+  state = on;
+  Invalidate();
+}
+
+void QCheck::Flip()
+{
+  SetState(!state);
+  SendEvent(QEvent::CLICK);
+}
+
+bool QCheck::EvButtonPress(int button, int, int)
+{
+  if (button != 1)
+    return false;
+  app->GetWindowManager()->SetKeyboardFocus(this);
+  pressed = true;
+  GrabPointer();
+  Invalidate();
+  return true;
+}
+
+// Wherever the pointer is by now.
+bool QCheck::EvButtonRelease(int button, int, int)
+{
+  if (button != 1 || !pressed)
+    return false;
+  pressed = false;
+  ReleasePointer();
+  Flip();
+  return true;
+}
+
+bool QCheck::EvKeyPress(int key, int x, int y)
+{
+  if (key != QKEY_SPACE || !HasFocus())
+    return QControl::EvKeyPress(key, x, y);
+  Flip();
+  return true;
+}
+
+void QCheck::Paint(const QRect*)
+{
+  if (!IsVisible())
+    return;
+  const int h = rect.hgt;
+  cv.Begin();
+  if (checkFlags & FILLED) {
+    cv.SetColor(PX_FACE);
+    cv.Rectfill(0, 0, rect.wid, h);
+  }
+  // In a high control the box would grow under its caption, so there it stops and stays in the middle.
+  const int boxWid = std::min((h - 8) * 3 / 2, 18);
+  const int boxHgt = std::min(h - 10, 12);
+  const QRect box{3, 4 + (h - 10 - boxHgt) / 2, boxWid, boxHgt};
+  cv.SetBlending(true);
+  cv.SetColor(state ? PX_OVERLAY : PX_DKTEAL, pressed ? 160 : 255);
+  cv.Rectfill(box);
+  cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
+  cv.Rectangle(box);
+  QFont* fitting = GetFont()->FittingFont(text, rect.wid - 26);
+  cv.SetFont(fitting);
+  cv.SetColor(IsEnabled() ? PX_WHITE : PX_DKTEAL);
+  cv.Text(text, 24, (h - static_cast<int>(fitting->GetHeight())) / 2);
+  cv.End();
+}

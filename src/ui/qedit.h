@@ -1,0 +1,88 @@
+#pragma once
+
+#include "ui/qcontrol.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A field to type in: one line, or several. Enter in a single line sends CLICK with the key in n.
+// Positions are byte offsets into the text and always lie between two characters.
+class QEdit : public QControl
+{
+public:
+  enum EditFlag : uint32_t
+  {
+    MULTILINE = 0x0001,
+    EATS_ENTER = 0x0008, // Enter goes no further than the CLICK
+    READ_ONLY = 0x0010,  // for the keyboard
+    SCROLLBAR = 0x0080,
+    OVERWRITE = 0x0100,   // typing replaces the character under the cursor
+    STOP_AT_DOT = 0x0200, // ... but never one of these
+    STOP_AT_COLON = 0x0400,
+    STOP_AT_MINUS = 0x0800,
+  };
+  // maxSize: bytes that the text may have; what goes beyond is refused.
+  QEdit(QWindow* owner, const QRect& area, size_t maxSize, uint32_t flags = 0, std::string_view content = {});
+  const char* GetClassName() const override { return "QEdit"; }
+  void Paint(const QRect* r = nullptr) override;
+  bool Event(QEvent* event) override;
+  bool EvButtonPress(int button, int x, int y) override;
+  bool EvButtonRelease(int button, int x, int y) override;
+  bool EvMotionNotify(int x, int y) override;
+  bool EvKeyPress(int key, int x, int y) override;
+  bool EvEnter(QEvent* event) override;
+  bool EvLeave(QEvent* event) override;
+
+  void SetText(std::string_view content) override; // cut at the maximum; the cursor goes to the end
+  void SelectAll();
+  void Deselect();
+  bool HasSelection() const { return anchor != cursor; }
+  std::string GetSelectedText() const;
+  void Cut();
+  void Copy();
+  void Paste();
+  void Goto(size_t position);
+  // Selects the next place of the text behind the cursor. False when there is none.
+  bool Find(std::string_view wanted, bool caseDependent = true);
+  size_t GetCursor() const { return cursor; }
+  int GetCursorX() const; // characters from the start of its line
+  int GetCursorY() const; // lines from the first
+  size_t GetMaxSize() const { return maxSize; }
+
+  uint32_t editFlags;
+
+private:
+  struct Line
+  {
+    size_t begin, end; // without the line feed
+  };
+  bool IsMultiLine() const { return editFlags & MULTILINE; }
+  std::vector<Line> Lines() const;
+  size_t LineOf(const std::vector<Line>& lines, size_t position) const;
+  size_t SelectionBegin() const { return std::min(anchor, cursor); }
+  size_t SelectionEnd() const { return std::max(anchor, cursor); }
+  void MoveTo(size_t position, bool select);
+  bool MoveKey(int key, bool shift, bool ctrl);
+  void MoveByLines(int lines, bool select);
+  size_t WordStep(bool forward) const;
+  size_t EmptyLine(bool forward) const;
+  bool EditKey(int key, bool ctrl);
+  void DeleteSelection();
+  void Insert(std::string_view more);
+  bool TypeCharacter(char32_t c);
+  bool MayOverwrite() const;
+  size_t PositionAt(int x, int y) const;
+  int VisibleLines() const;
+  void KeepCursorVisible();
+  void PaintLine(const Line& line, int y);
+  bool ShowsCaret() const;
+
+  size_t maxSize;
+  size_t cursor = 0, anchor = 0; // the selection lies between them
+  size_t firstLine = 0;
+  int scrollX = 0; // pixels hidden at the left
+  bool selecting = false;
+  char32_t typed = 0;     // by the key press that is being handled
+  int64_t caretSince = 0; // it stands still for a moment after a key
+};

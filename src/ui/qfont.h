@@ -1,0 +1,65 @@
+#pragma once
+
+#include "foundation/qobject.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+class QOutlineFace;
+
+// A font by its family name. Which face of the machine stands behind it is looked up when it is created.
+class QFont : public QObject
+{
+public:
+  enum Slant
+  {
+    ROMAN,
+    ITALIC
+  };
+  enum Weight
+  {
+    NORMAL = 400,
+    BOLD = 700
+  };
+  enum Type
+  {
+    OUTLINE_FONT = 0,
+    TEXTURE_FONT = 1
+  };
+  // size: points, of 96 to the inch in pixels. A texture font's family is the base path of its files.
+  explicit QFont(std::string_view family, int size = 10, int slant = ROMAN, int weight = NORMAL,
+                 int type = OUTLINE_FONT);
+  ~QFont() override;
+  QFont(const QFont&) = delete;
+  QFont& operator=(const QFont&) = delete;
+  const char* GetClassName() const override { return "QFont"; }
+
+  // False, reported, when the machine has no such font; then it measures and draws nothing.
+  bool Create();
+  void Destroy();
+  bool IsCreated() const { return face != nullptr; }
+  const std::string& GetFamily() const { return family; }
+  int GetSize() const { return size; }
+  int GetType() const { return type; }
+
+  float GetHeight(const char* text = nullptr) const; // of all lines of the text; of one without
+  float GetAscent() const;
+  float GetWidth(std::string_view text, int len = -1) const;
+
+  // Texture fonts only; reported for others.
+  float GetScaleX() const;
+  float GetScaleY() const;
+  void SetScale(float x, float y);
+
+  QOutlineFace* Face() const { return face.get(); }
+  // This font, or the largest smaller form of it in which the text is at most wid wide; the smallest when none is.
+  QFont* FittingFont(std::string_view text, int wid);
+
+private:
+  std::string family;
+  int size, slant, weight, type;
+  float scaleX = 1, scaleY = 1;
+  std::unique_ptr<QOutlineFace> face;
+  std::unique_ptr<QFont> smaller;
+};

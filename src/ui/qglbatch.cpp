@@ -1,0 +1,118 @@
+#include "ui/qglbatch.h"
+
+#include "geometry/dglobal.h"
+#include "ui/qapp.h"
+
+#include <epoxy/gl.h>
+
+namespace {
+
+// Top left is 0, 0. What the renderer left behind must not colour the interface.
+void Setup2D()
+{
+  const QRect window = app->GetShell() ? app->GetShell()->RootRect() : QRect{0, 0, 1, 1};
+  glPushAttrib(GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT | GL_TEXTURE_BIT | GL_TRANSFORM_BIT | GL_VIEWPORT_BIT |
+               GL_CURRENT_BIT | GL_POLYGON_BIT | GL_LIGHTING_BIT);
+  glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+  glViewport(0, 0, window.wid, window.hgt);
+  glMatrixMode(GL_PROJECTION);
+  glPushMatrix();
+  glLoadIdentity();
+  glOrtho(0, window.wid, window.hgt, 0, -1, 1);
+  glMatrixMode(GL_MODELVIEW);
+  glPushMatrix();
+  glLoadIdentity();
+  GLint units = 1;
+  glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+  for (GLint unit = units - 1; unit >= 0; --unit) {
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    for (GLenum target : {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP, GL_TEXTURE_GEN_S,
+                          GL_TEXTURE_GEN_T, GL_TEXTURE_GEN_R})
+      glDisable(target);
+  }
+  glMatrixMode(GL_TEXTURE);
+  glPushMatrix();
+  glLoadIdentity();
+  for (GLenum cap : {GL_LIGHTING, GL_CULL_FACE, GL_DEPTH_TEST, GL_ALPHA_TEST, GL_FOG, GL_STENCIL_TEST, GL_SCISSOR_TEST,
+                     GL_COLOR_LOGIC_OP, GL_POLYGON_OFFSET_FILL})
+    glDisable(cap);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+  glShadeModel(GL_SMOOTH);
+  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+  glEnable(GL_BLEND);
+  glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+void Restore()
+{
+  glMatrixMode(GL_TEXTURE);
+  glPopMatrix();
+  glMatrixMode(GL_MODELVIEW);
+  glPopMatrix();
+  glMatrixMode(GL_PROJECTION);
+  glPopMatrix();
+  glPopClientAttrib();
+  glPopAttrib();
+}
+
+void DrawQuads(const std::vector<QGLBatch::Vertex>& vertices)
+{
+  GLint buffer = 0;
+  glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &buffer);
+  glBindBuffer(GL_ARRAY_BUFFER, 0);
+  glDisableClientState(GL_NORMAL_ARRAY);
+  GLint units = 1;
+  glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+  for (GLint unit = units - 1; unit >= 0; --unit) {
+    glClientActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  }
+  constexpr GLsizei STRIDE = sizeof(QGLBatch::Vertex);
+  const QGLBatch::Vertex& first = vertices.front();
+  glEnableClientState(GL_VERTEX_ARRAY);
+  glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+  glEnableClientState(GL_COLOR_ARRAY);
+  glVertexPointer(2, GL_FLOAT, STRIDE, &first.x);
+  glTexCoordPointer(2, GL_FLOAT, STRIDE, &first.u);
+  glColorPointer(4, GL_UNSIGNED_BYTE, STRIDE, &first.rgba);
+  glDrawArrays(GL_QUADS, 0, static_cast<GLsizei>(vertices.size()));
+  glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(buffer));
+}
+
+} // namespace
+
+void QGLBatch::End()
+{
+  if (--depth == 0)
+    Flush();
+}
+
+void QGLBatch::Quad(uint32_t wanted, const std::array<Vertex, 4>& corners)
+{
+  if (wanted != texture)
+    Flush();
+  texture = wanted;
+  vertices.insert(vertices.end(), corners.begin(), corners.end());
+}
+
+void QGLBatch::Flush()
+{
+  if (vertices.empty())
+    return;
+  if (DGlobals().hasContext) {
+    Setup2D();
+    GLint program = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    glUseProgram(0);
+    if (texture != 0) {
+      glEnable(GL_TEXTURE_2D);
+      glBindTexture(GL_TEXTURE_2D, texture);
+      glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    }
+    DrawQuads(vertices);
+    glUseProgram(static_cast<GLuint>(program));
+    Restore();
+    ++calls;
+  }
+  vertices.clear();
+}

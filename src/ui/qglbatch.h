@@ -1,0 +1,31 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+// Gathers coloured, textured quads in pixels of the top-level window and draws them in as few calls as their textures
+// allow. OpenGL's state is as before after each flush. Only used with a context.
+class QGLBatch
+{
+public:
+  struct Vertex
+  {
+    float x, y, u, v;
+    uint32_t rgba; // red in the lowest byte
+  };
+  void Begin() { ++depth; }
+  // The outermost one draws.
+  void End();
+  // Corners in order around the quad.
+  void Quad(uint32_t texture, const std::array<Vertex, 4>& corners);
+  void Flush();
+  // Draw calls so far; for measuring.
+  int Calls() const { return calls; }
+
+private:
+  std::vector<Vertex> vertices;
+  uint32_t texture = 0;
+  int depth = 0;
+  int calls = 0;
+};

@@ -1,0 +1,205 @@
+#include "ui/qglyphs.h"
+
+#include "geometry/dglobal.h"
+#include "ui/qapp.h"
+#include "ui/qtext.h"
+
+#include <algorithm>
+#include <epoxy/gl.h>
+#include <fontconfig/fontconfig.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+
+struct QGlyphAtlas::FreeType
+{
+  FT_Library library = nullptr;
+  FreeType()
+  {
+    if (FT_Init_FreeType(&library) != 0)
+      library = nullptr;
+  }
+  ~FreeType()
+  {
+    if (library)
+      FT_Done_FreeType(library);
+  }
+  FreeType(const FreeType&) = delete;
+  FreeType& operator=(const FreeType&) = delete;
+};
+
+QGlyphAtlas::QGlyphAtlas() : freetype(std::make_unique<FreeType>()), pixels(SIZE * SIZE)
+{
+  constexpr int SPOT = 4;
+  const std::vector<uint8_t> white(SPOT * SPOT, 255);
+  QGlyph spot;
+  Add(SPOT, SPOT, white.data(), SPOT, spot);
+}
+
+QGlyphAtlas::~QGlyphAtlas() = default;
+
+void* QGlyphAtlas::Library()
+{
+  return freetype->library;
+}
+
+bool QGlyphAtlas::Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph)
+{
+  if (wid > SIZE || hgt > SIZE)
+    return false;
+  if (penX + wid > SIZE) {
+    penX = 0;
+    penY += rowHeight;
+    rowHeight = 0;
+  }
+  if (penY + hgt > SIZE)
+    return false;
+  for (int y = 0; y < hgt; ++y)
+    std::copy_n(rows + y * pitch, wid, pixels.begin() + (penY + y) * SIZE + penX);
+  glyph.x = penX;
+  glyph.y = penY;
+  glyph.wid = wid;
+  glyph.hgt = hgt;
+  penX += wid + 1;
+  rowHeight = std::max(rowHeight, hgt + 1);
+  changed = true;
+  return true;
+}
+
+uint32_t QGlyphAtlas::Texture()
+{
+  if (!changed)
+    return texture;
+  changed = false;
+  GLint bound = 0;
+  glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+  glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+  if (texture == 0)
+    glGenTextures(1, &texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
+                                         {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
+                                         {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
+                                         {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
+    glTexParameteri(GL_TEXTURE_2D, static_cast<GLenum>(parameter), value);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_ALPHA8, SIZE, SIZE, 0, GL_ALPHA, GL_UNSIGNED_BYTE, pixels.data());
+  glPopClientAttrib();
+  glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
+  return texture;
+}
+
+void QGlyphAtlas::ReleaseTexture()
+{
+  if (texture != 0 && DGlobals().hasContext)
+    glDeleteTextures(1, &texture);
+  texture = 0;
+  changed = true;
+}
+
+namespace {
+
+struct FontFile
+{
+  std::string path;
+  int index = 0;
+};
+
+// The old names stand for a look, not for a file: a narrow-running sans serif, and a typewriter.
+FontFile FindFontFile(std::string_view family, int pixels, bool italic, bool bold, bool mono)
+{
+  FontFile found;
+  FcPattern* pattern = FcPatternCreate();
+  const auto addFamily = [&](const char* name) {
+    FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(name));
+  };
+  if (family == "ms sans serif")
+    for (const char* name : {"Liberation Sans", "Arimo", "DejaVu Sans Condensed", "Nimbus Sans", "sans-serif"})
+      addFamily(name);
+  else if (family == "courier")
+    for (const char* name : {"DejaVu Sans Mono", "Liberation Mono", "monospace"})
+      addFamily(name);
+  else
+    addFamily(std::string(family).c_str());
+  FcPatternAddDouble(pattern, FC_PIXEL_SIZE, pixels);
+  FcPatternAddInteger(pattern, FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
+  FcPatternAddInteger(pattern, FC_WEIGHT, bold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR);
+  if (mono)
+    FcPatternAddInteger(pattern, FC_SPACING, FC_MONO);
+  FcPatternAddBool(pattern, FC_SCALABLE, FcTrue);
+  FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+  FcDefaultSubstitute(pattern);
+  FcResult result = FcResultNoMatch;
+  if (FcPattern* match = FcFontMatch(nullptr, pattern, &result)) {
+    FcChar8* file = nullptr;
+    if (FcPatternGetString(match, FC_FILE, 0, &file) == FcResultMatch)
+      found.path = reinterpret_cast<const char*>(file);
+    FcPatternGetInteger(match, FC_INDEX, 0, &found.index);
+    FcPatternDestroy(match);
+  }
+  FcPatternDestroy(pattern);
+  return found;
+}
+
+} // namespace
+
+struct QOutlineFace::Face
+{
+  FT_Face face = nullptr;
+  ~Face()
+  {
+    if (face)
+      FT_Done_Face(face);
+  }
+};
+
+QOutlineFace::~QOutlineFace() = default;
+
+std::unique_ptr<QOutlineFace> QOutlineFace::Open(std::string_view family, int pixels, bool italic, bool bold, bool mono)
+{
+  if (!app || !app->GetGlyphAtlas().Library())
+    return nullptr;
+  const FontFile file = FindFontFile(family, pixels, italic, bold, mono);
+  std::unique_ptr<QOutlineFace> opened(new QOutlineFace);
+  opened->file = file.path;
+  opened->face = std::make_unique<Face>();
+  FT_Face& face = opened->face->face;
+  if (file.path.empty() ||
+      FT_New_Face(static_cast<FT_Library>(app->GetGlyphAtlas().Library()), file.path.c_str(), file.index, &face) != 0) {
+    face = nullptr;
+    return nullptr;
+  }
+  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(pixels)) != 0)
+    return nullptr;
+  opened->ascent = static_cast<int>((face->size->metrics.ascender + 63) >> 6);
+  opened->descent = static_cast<int>((-face->size->metrics.descender + 63) >> 6);
+  return opened;
+}
+
+const QGlyph* QOutlineFace::Glyph(char32_t c)
+{
+  const auto known = glyphs.find(c);
+  if (known != glyphs.end())
+    return &known->second;
+  QGlyph& glyph = glyphs[c];
+  // Stems on whole pixels: at these sizes that reads best.
+  if (FT_Load_Char(face->face, c, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0)
+    return &glyph;
+  const FT_GlyphSlot slot = face->face->glyph;
+  glyph.advance = static_cast<float>((slot->advance.x + 32) >> 6);
+  glyph.left = slot->bitmap_left;
+  glyph.top = slot->bitmap_top;
+  const int wid = static_cast<int>(slot->bitmap.width);
+  const int hgt = static_cast<int>(slot->bitmap.rows);
+  if (wid > 0 && hgt > 0 && slot->bitmap.pixel_mode == FT_PIXEL_MODE_GRAY)
+    app->GetGlyphAtlas().Add(wid, hgt, slot->bitmap.buffer, slot->bitmap.pitch, glyph);
+  return &glyph;
+}
+
+float QOutlineFace::Width(std::string_view text)
+{
+  float width = 0;
+  for (size_t at = 0; at < text.size();)
+    width += Glyph(QNextChar(text, at))->advance;
+  return width;
+}

@@ -1,0 +1,31 @@
+#include "ui/qmessagebox.h"
+
+#include "ui/qapp.h"
+#include "ui/qstringdialog.h"
+#include "ui/qtextdialog.h"
+
+int QMessageBox(std::string_view title, std::string_view text, int style, const QRect* pos, const char* okText,
+                const char* cancelText)
+{
+  if (!app || !app->GetShell())
+    return 2;
+  QTextDialog dialog(app->GetShell(), pos ? *pos : QRect{100, 150, 300, 160}, title, text, style);
+  if (okText)
+    dialog.GetOk().SetText(okText);
+  if (cancelText && dialog.GetCancel())
+    dialog.GetCancel()->SetText(cancelText);
+  return dialog.Execute();
+}
+
+int QDlgString(std::string_view title, std::string_view prompt, std::string& text, int maxLen, int lines,
+               const QRect* pos)
+{
+  if (!app || !app->GetShell())
+    return 2;
+  QStringDialog dialog(app->GetShell(), pos ? *pos : QRect{400, 250, 300, QStringDialog::HeightFor(lines)}, title,
+                       prompt, text, maxLen, lines);
+  const int result = dialog.Execute();
+  if (result == 1)
+    text = dialog.GetEdit().GetText();
+  return result;
+}

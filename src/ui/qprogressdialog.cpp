@@ -1,0 +1,67 @@
+#include "ui/qprogressdialog.h"
+
+#include "ui/qapp.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int BUTTON_WID = 100;
+constexpr int BUTTON_HGT = 40;
+
+// From the lower edge up: the button, if there is one, and the bar above it.
+QRect BarRect(const QRect& area, uint32_t flags)
+{
+  const int bottom = area.hgt - 10 - (flags & QProgressDialog::NO_CANCEL ? 0 : BUTTON_HGT + 6);
+  const int height = std::clamp(bottom - 62, 16, 24);
+  return {10, bottom - height, area.wid - 20, height};
+}
+
+} // namespace
+
+QProgressDialog::QProgressDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view text,
+                                 uint32_t wanted) :
+    QDialog(owner, area, title, MOVABLE | MODAL, !(wanted & NO_CANCEL)),
+    label(this, {10, 36, area.wid - 20, 20}, text), bar(this, BarRect(area, wanted)),
+    timerStart(app->GetDisplay().Clock())
+{
+  if (!(wanted & NO_CANCEL)) {
+    cancel = std::make_unique<QButton>(
+        this, QRect{(area.wid - BUTTON_WID) / 2, area.hgt - BUTTON_HGT - 8, BUTTON_WID, BUTTON_HGT},
+        app->GetText("misc.cancel", "Cancel"));
+    cancel->SetShortcut(QKEY_ESC);
+  }
+  SetProgress(0, 100);
+  app->GetWindowManager()->SetKeyboardFocus(cancel ? static_cast<QWindow*>(cancel.get()) : this);
+}
+
+bool QProgressDialog::Event(QEvent* event)
+{
+  if ((event->type == QEvent::CLICK && cancel && event->win == cancel.get()) ||
+      (event->type == QEvent::CLOSE && cancel)) {
+    cancelled = true;
+    return true;
+  }
+  // The operation isn't done: no key may start another one.
+  return QDialog::Event(event) || event->type == QEvent::KEYPRESS || event->type == QEvent::CLOSE;
+}
+
+void QProgressDialog::SetProgress(int value, int total)
+{
+  bar.SetProgress(value, total);
+  const int64_t percent = total != 0 ? std::clamp<int64_t>(int64_t{100} * value / total, 0, 100) : 100;
+  bar.SetText(std::to_string(percent) + "%");
+}
+
+bool QProgressDialog::Poll()
+{
+  app->RunPoll();
+  if (const int64_t now = app->GetDisplay().Clock(); now - timerStart >= interval) {
+    timerStart = now;
+    if (callback)
+      callback();
+    else
+      app->PaintIfWanted();
+  }
+  return !cancelled;
+}

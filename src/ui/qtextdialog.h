@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ui/qdialog.h"
+#include "ui/qlabel.h"
+
+// A message with OK, or OK and Cancel.
+class QTextDialog : public QDialog
+{
+public:
+  enum Style
+  {
+    OK_CANCEL = 0,
+    OK_ONLY = 1
+  };
+  QTextDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view text, int style);
+  const char* GetClassName() const override { return "QTextDialog"; }
+  // 1: OK, 2: Cancel or closed.
+  int Execute() override;
+  std::string GetText() const override { return label.GetText(); } // the message
+  void SetText(std::string_view text) override { label.SetText(text); }
+  QButton& GetOk() { return ok; }
+  QButton* GetCancel() { return cancel.get(); } // null with OK_ONLY
+
+private:
+  void Filter(QEvent* event);
+  QLabel label;
+  QButton ok;
+  std::unique_ptr<QButton> cancel;
+  int result = -1;
+};
