@@ -11,9 +11,15 @@
 QApp* app = nullptr;
 
 QApp::QApp(std::string_view name, std::string_view windowTitle, std::unique_ptr<QDisplay> machine) :
-    appName(name), title(windowTitle.empty() ? "Tessel" : windowTitle), display(std::move(machine))
+    QAppCore(name, windowTitle.empty() ? "Tessel" : windowTitle), display(std::move(machine))
 {
   app = this;
+  QReports().exitPath = [this](int status) { Exit(status); };
+  SetLeave([this](int status) {
+    Destroy();
+    display->Close();
+    std::exit(status);
+  });
   if (!display->Open())
     qexit("Can't open X11 display (%s)", display->Name().c_str());
 }
@@ -51,7 +57,7 @@ bool QApp::Create()
   atlas = std::make_unique<QGlyphAtlas>();
   if (!(createFlags & NO_SHELL)) {
     shell = std::make_unique<QShell>(rShell);
-    shell->SetText(title);
+    shell->SetText(GetTitle());
     if (createFlags & CREATE_FULLSCREEN)
       shell->PrefFullScreen();
     shell->PrefWM(createFlags & FRAME);
@@ -194,22 +200,21 @@ void QApp::Exit(int status)
   if (hasExited)
     return;
   hasExited = true;
-  if (exitProc)
-    exitProc(status);
-  int n = 0;
-  for (Procedure cleanup : cleanupProcs) {
-    QLOG("QApp: calling cleanup proc %d...\n", n);
-    cleanup();
-    QLOG("  cleanup %d returned.\n", n);
-    ++n;
-  }
-  if (endProcess) {
-    endProcess(status);
-    return;
-  }
-  Destroy();
-  display->Close();
-  std::exit(status);
+  QAppCore::Exit(status);
+  hasExited = !std::exchange(nonStopping, false);
+}
+
+void QApp::SetNonStoppingExit()
+{
+  nonStopping = true;
+  QAppCore::SetNonStoppingExit();
+}
+
+void QApp::SetTitle(std::string_view newTitle)
+{
+  QAppCore::SetTitle(newTitle);
+  if (shell)
+    shell->SetText(newTitle);
 }
 
 std::function<bool(QEvent*)> QApp::SetEventProc(std::function<bool(QEvent*)> procedure)
@@ -234,37 +239,7 @@ bool QApp::RemoveKeyboardHandler(KeyboardHandler handler)
   return false;
 }
 
-bool QApp::AddCleanupProc(Procedure procedure)
+std::string QApp::GetText(std::string_view key, std::string_view otherwise)
 {
-  if (cleanupProcs.Add(procedure))
-    return true;
-  QERR("QApp::AddCleanupProc(); out of space - memory leaks WILL occur!");
-  return false;
-}
-
-bool QApp::AddCrashProc(Procedure procedure)
-{
-  if (!procedure) {
-    QERR("QApp:AddCrashProc(); func=0");
-    return false;
-  }
-  if (crashProcs.Add(procedure))
-    return true;
-  QERR("QApp::AddCrashProc(); out of space");
-  return false;
-}
-
-std::string QApp::GetText(std::string_view, std::string_view otherwise) const
-{
-  return std::string(otherwise);
-}
-
-bool QApp::SetInfo(QInfo* settings)
-{
-  if (info) {
-    QERR("QApp::SetInfo(); info is already open; call CloseInfo() first");
-    return false;
-  }
-  info = settings;
-  return true;
+  return GetLanguage().GetString(key, otherwise);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/qappcore.h"
 #include "foundation/qinfo.h"
-#include "foundation/qobject.h"
 #include "foundation/qrect.h"
 #include "foundation/qtable.h"
 #include "ui/qdisplay.h"
@@ -19,7 +19,7 @@ class QGLBatch;
 class QGlyphAtlas;
 
 // The application: one a process, reachable as app. It owns the window stack and runs the event loop.
-class QApp : public QObject
+class QApp : public QAppCore
 {
 public:
   enum CreateFlag : uint32_t
@@ -33,7 +33,6 @@ public:
     NO_RESIZE = 128,
   };
   using KeyboardHandler = bool (*)(QEvent* event);
-  using Procedure = void (*)();
 
   // Opens the display; without one the program ends, reported.
   QApp(std::string_view appName, std::string_view title, std::unique_ptr<QDisplay> display);
@@ -48,8 +47,10 @@ public:
   int Run1();
   void Run();     // until Exit
   void RunPoll(); // until the queue is empty
-  // The exit procedure, the clean-up procedures, then the end of the process.
+  // The exit procedure, the clean-up procedures, then the end of the process, with the windows gone before.
   void Exit(int status);
+  void SetNonStoppingExit();
+  void SetTitle(std::string_view newTitle) override; // of the window too
 
   // Wanted before Create.
   QRect rShell{0, 0, 1280, 1024};
@@ -63,12 +64,9 @@ public:
 
   bool AddKeyboardHandler(KeyboardHandler handler);
   bool RemoveKeyboardHandler(KeyboardHandler handler);
-  bool AddCleanupProc(Procedure procedure);
-  bool AddCrashProc(Procedure procedure);
   void SetIdleProc(std::function<void()> procedure) { idleProc = std::move(procedure); }
   // Sees what no window used; true: handled. Gives back the one before.
   std::function<bool(QEvent*)> SetEventProc(std::function<bool(QEvent*)> procedure);
-  void SetExitProc(std::function<void(int)> procedure) { exitProc = std::move(procedure); }
   const std::function<void()>& GetIdleProc() const { return idleProc; }
 
   int GetMouseX() const { return mouseX; }
@@ -92,23 +90,15 @@ public:
   QGLBatch& GetBatch() const { return *batch; }
   QGlyphAtlas& GetGlyphAtlas() const { return *atlas; }
 
-  // The settings; set once.
-  bool SetInfo(QInfo* info); // not owned
-  QInfo* GetInfo() const { return info; }
-  void CloseInfo() { info = nullptr; }
-
   // A text of the interface in the user's language; otherwise when the tables don't have it.
-  std::string GetText(std::string_view key, std::string_view otherwise) const;
+  std::string GetText(std::string_view key, std::string_view otherwise);
 
   // Lets what the platform has become events; true when anything is queued.
   bool PumpEvents();
   // Shows what was asked to be painted, when the application has no idle procedure that does so all the time.
   void PaintIfWanted();
 
-  std::string appName;
-  std::string title;
-  // How the process ends; a test puts its own in, and then the application goes on existing.
-  std::function<void(int status)> endProcess;
+  // Exit was called, and the process goes on: no loop runs any more.
   bool hasExited = false;
 
 private:
@@ -130,11 +120,8 @@ private:
   QFont* userMonoFont = nullptr;
   std::function<void()> idleProc;
   std::function<bool(QEvent*)> eventProc;
-  std::function<void(int)> exitProc;
   DTable<KeyboardHandler, 5> keyHandlers;
-  DTable<Procedure, 100> cleanupProcs;
-  DTable<Procedure, 10> crashProcs;
-  QInfo* info = nullptr;
+  bool nonStopping = false;
   QEvent event;
   int modifiers = 0;
   int mouseX = 0, mouseY = 0;

@@ -19,7 +19,7 @@ protected:
     application = std::make_unique<QApp>("test", "Test", std::move(owned));
     application->createFlags |= QApp::NO_BC;
     application->rShell = {0, 0, 800, 600};
-    application->endProcess = [this](int status) { exits.push_back(status); };
+    application->SetLeave([this](int status) { exits.push_back(status); });
     EXPECT_TRUE(application->Create());
     application->SetEventProc([this](QEvent* event) {
       events.push_back(*event);
