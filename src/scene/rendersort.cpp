@@ -25,17 +25,27 @@ int First(bool a, bool b)
   return Ascending(b, a);
 }
 
-// 0 without one, and for one that wasn't selected yet.
-uint32_t TextureNumber(const DShader& shader)
+// What the order goes by. No shader goes with the plain opaque ones.
+struct Terms
 {
-  const bool textured = !shader.layer.empty() && shader.layer.front().texture;
-  return textured ? shader.layer.front().texture->glTexture : 0;
-}
-
-uint32_t LayerFlags(const DShader& shader)
-{
-  return shader.layer.empty() ? static_cast<uint32_t>(DShaderLayer::DEPTH_WRITE) : shader.layer.front().flags;
-}
+  explicit Terms(const DShader* shader) : opaque(IsOpaqueShader(shader))
+  {
+    if (!shader)
+      return;
+    sortKey = shader->sortKey;
+    sortOffset = shader->sortOffset;
+    if (shader->layer.empty())
+      return;
+    const DShaderLayer& layer = shader->layer.front();
+    layerFlags = layer.flags;
+    texture = layer.texture ? layer.texture->glTexture : 0;
+  }
+  int sortKey = 300;
+  int sortOffset = 0;
+  bool opaque;
+  uint32_t layerFlags = DShaderLayer::DEPTH_WRITE;
+  uint32_t texture = 0; // OpenGL's number: 0 too for one that wasn't selected yet
+};
 
 } // namespace
 
@@ -44,28 +54,25 @@ bool IsOpaqueShader(const DShader* shader)
   return !shader || shader->layer.empty() || shader->layer.front().blendSrc == GL_ONE_FACTOR;
 }
 
-int CompareShaders(const DShader* a, const DShader* b)
+int CompareShaders(const DShader* first, const DShader* second)
 {
-  if (a == b)
+  if (first == second)
     return 0;
-  if (!a || !b) // no shader goes with the plain opaque ones
-    return Ascending(a ? a->sortKey : 300, b ? b->sortKey : 300);
-  if (const int c = Ascending(a->sortKey, b->sortKey))
+  const Terms a(first);
+  const Terms b(second);
+  if (const int c = Ascending(a.sortKey, b.sortKey))
     return c;
-  if (const int c = Ascending(a->sortOffset, b->sortOffset))
+  if (const int c = Ascending(a.sortOffset, b.sortOffset))
     return c;
-  const bool opaque = IsOpaqueShader(a);
-  if (const int c = First(opaque, IsOpaqueShader(b)))
+  if (const int c = First(a.opaque, b.opaque))
     return c;
-  const uint32_t aFlags = LayerFlags(*a);
-  const uint32_t bFlags = LayerFlags(*b);
-  if (const int c = First(aFlags & DShaderLayer::NO_DEPTH_TEST, bFlags & DShaderLayer::NO_DEPTH_TEST))
+  if (const int c = First(a.layerFlags & DShaderLayer::NO_DEPTH_TEST, b.layerFlags & DShaderLayer::NO_DEPTH_TEST))
     return c;
-  if (!opaque)
+  if (!a.opaque)
     return 0;
-  if (const int c = First(aFlags & DShaderLayer::DEPTH_WRITE, bFlags & DShaderLayer::DEPTH_WRITE))
+  if (const int c = First(a.layerFlags & DShaderLayer::DEPTH_WRITE, b.layerFlags & DShaderLayer::DEPTH_WRITE))
     return c;
-  return Ascending(TextureNumber(*a), TextureNumber(*b));
+  return Ascending(a.texture, b.texture);
 }
 
 RenderSorter::ShaderRank& RenderSorter::SlotOf(const DShader* shader)

@@ -8,8 +8,8 @@
 
 // Opaque: the first layer's source factor is one. So is what has no layer.
 bool IsOpaqueShader(const DShader* shader);
-// Below 0: a is painted before b. 0: the shaders say nothing about the order.
-int CompareShaders(const DShader* a, const DShader* b);
+// Below 0: the first is painted before the second. 0: the shaders say nothing about the order.
+int CompareShaders(const DShader* first, const DShader* second);
 
 // Puts a frame's blocks into painting order: by shader, then opaque ones from far to near and transparent ones from
 // near to far. Equal blocks keep the order in which they were reserved. The work arrays are kept, so that a frame
