@@ -7,7 +7,7 @@
 // w, x, y, z in the constructor; angles are radians.
 using DQuaternion = glm::quat;
 
-// About y by a, x by b, z by c. Of yaw, pitch and roll: (yaw, pitch, roll).
+// About y by a, then about x by b, then about z by c: yaw, pitch, roll.
 DQuaternion DQuaternionFromAngles(float a, float b, float c);
 // An axis shorter than 0.00001 counts as zero.
 DQuaternion DQuaternionFromAxis(const DVector3& axis, float angle);

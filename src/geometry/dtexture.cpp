@@ -175,7 +175,8 @@ std::string d3InsideName(const std::string& name)
   const bool climbs = name.find("..") != std::string::npos;
   const bool absolute = !name.empty() && (name[0] == '/' || name[0] == '\\' || name.find(':') != std::string::npos);
   std::string inside = climbs || absolute ? QFileBase(name.c_str()) : name;
-  return inside.substr(0, std::min(inside.find('\0'), inside.size()));
+  inside.resize(std::min(inside.find('\0'), inside.size()));
+  return inside == ".." ? "" : inside;
 }
 
 std::string d3FindMap(const std::string& fileName)

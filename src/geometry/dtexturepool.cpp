@@ -1,5 +1,6 @@
 #include "geometry/dtexturepool.h"
 
+#include "foundation/qmatch.h"
 #include "foundation/qreport.h"
 #include "geometry/dtexture.h"
 
@@ -45,11 +46,11 @@ void DTexturePool::Empty()
   byName.clear();
 }
 
-void DTexturePool::FindAll(const std::function<bool(std::string_view)>& matches,
-                           const std::function<void(DTexture&)>& callback) const
+void DTexturePool::FindAll(const char* pattern, const std::function<void(DTexture&)>& callback) const
 {
+  QDBG("DTexturePool:FindAll(%s)\n", pattern);
   for (const Entry& e : entries)
-    if (const auto texture = e.texture.lock(); texture && matches(e.name))
+    if (const auto texture = e.texture.lock(); texture && QMatch(pattern, e.name.c_str()))
       callback(*texture);
 }
 

@@ -18,9 +18,8 @@ public:
   void Add(std::string_view name, const std::shared_ptr<DTexture>& texture);
   std::shared_ptr<DTexture> Find(std::string_view name) const; // exact; null when absent
   void Remove(const DTexture* texture);
-  void Empty(); // the list, not the textures
-  void FindAll(const std::function<bool(std::string_view)>& matches,
-               const std::function<void(DTexture&)>& callback) const;
+  void Empty();                                                                            // the list, not the textures
+  void FindAll(const char* pattern, const std::function<void(DTexture&)>& callback) const; // by QMatch
   int Count() const { return static_cast<int>(entries.size()); }
 
 private:

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "geometry/dvector.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class DGeode;
+
+// Makes a model in code, of triangles that share no vertices.
+class DGeodeBuilder
+{
+public:
+  static constexpr int MAX_GEOBS = 100;
+  static constexpr int MAX_VERTICES = 65535; // in threes, that an index can name
+  class Geob
+  {
+  public:
+    // False when the geob is full.
+    bool AddTriangle(const DVector3& a, const DVector3& b, const DVector3& c);
+
+  private:
+    friend class DGeodeBuilder;
+    std::vector<DVector3> vertex;
+  };
+  Geob* MakeGeob(); // null, with a report, at MAX_GEOBS
+  std::unique_ptr<DGeode> Build(const std::string& fileName, const std::string& imageName) const;
+
+private:
+  std::vector<std::unique_ptr<Geob>> geobs;
+};
