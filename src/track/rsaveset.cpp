@@ -2,7 +2,9 @@
 
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "foundation/qsafewrite.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -10,32 +12,41 @@ RSaveSet::RSaveSet() = default;
 
 RSaveSet::~RSaveSet()
 {
-  for (const auto& tree : trees)
-    tree->MarkWritten(); // a tree writes itself when it goes
+  for (const Entry& entry : entries)
+    entry.tree->MarkWritten(); // or the tree writes itself when it goes
 }
 
-bool RSaveSet::Add(std::unique_ptr<QInfo> tree, bool checkChanged)
+QInfo& RSaveSet::Open(const std::string& path)
 {
-  trees.push_back(std::move(tree));
-  QInfo& info = *trees.back();
-  const std::string& path = info.FileName();
-  if (failed || !info.IsModified())
-    return !failed;
-  if (!info.IsUnreadable() && checkChanged && info.KeepsOtherFile(path)) {
-    failed = true;
-  } else if (info.IsUnreadable() || !files.Add(path, info.WriteToText())) {
-    QWARN("QInfo:Write(); file (%s) can't be written", path.c_str());
-    failed = true;
-  }
-  return !failed;
+  return *entries.emplace_back(Entry{std::make_unique<QInfo>(path, QInfo::NO_OPEN_WARNING), false}).tree;
+}
+
+QInfo& RSaveSet::OpenEmpty(const std::string& path)
+{
+  return *entries.emplace_back(Entry{std::make_unique<QInfo>(path, QInfo::NO_READ), true}).tree;
+}
+
+bool RSaveSet::Prepare(const Entry& entry, QFileSet& files)
+{
+  const QInfo& tree = *entry.tree;
+  const std::string& path = tree.FileName();
+  if (!entry.replaces && !tree.IsModified())
+    return true;
+  if (!entry.replaces && !tree.IsUnreadable() && tree.KeepsOtherFile(path))
+    return false;
+  if (!tree.IsUnreadable() && files.Add(path, tree.WriteToText()))
+    return true;
+  QWARN("QInfo:Write(); file (%s) can't be written", path.c_str());
+  return false;
 }
 
 bool RSaveSet::Commit()
 {
-  if (failed)
+  QFileSet files;
+  if (!std::all_of(entries.begin(), entries.end(), [&](const Entry& entry) { return Prepare(entry, files); }))
     return false;
-  failed = !files.Commit();
-  if (failed)
-    QERR("Can't put a saved file in its place: %s", std::strerror(errno));
-  return !failed;
+  if (files.Commit())
+    return true;
+  QWARN("Can't put a saved file in its place: %s", std::strerror(errno));
+  return false;
 }

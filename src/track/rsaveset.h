@@ -1,11 +1,10 @@
 #pragma once
 
-#include "foundation/qsafewrite.h"
-
 #include <memory>
 #include <string>
 #include <vector>
 
+class QFileSet;
 class QInfo;
 
 // Configuration files that are saved together: all are on the disk beside their targets before the first takes its
@@ -15,15 +14,24 @@ class RSaveSet
 public:
   RSaveSet();
   ~RSaveSet(); // what wasn't committed is dropped
-  // The tree goes to the file that it was opened on; an unchanged tree writes nothing. False when the file exists and
-  // couldn't be read or when writing failed (both reported), or when the user keeps a file that somebody else changed;
-  // then Commit refuses. checkChanged: ask for such a file.
-  bool Add(std::unique_ptr<QInfo> tree, bool checkChanged = true);
-  // False (reported) when a file couldn't be put in its place.
-  bool Commit();
+  RSaveSet(const RSaveSet&) = delete;
+  RSaveSet& operator=(const RSaveSet&) = delete;
+
+  // The file's tree, to be changed. One that stays unchanged isn't written. It lives as long as the set.
+  QInfo& Open(const std::string& path);
+  // An empty tree, which replaces all that the file holds.
+  QInfo& OpenEmpty(const std::string& path);
+  // Once. False with no file changed when one couldn't be written, or is there and couldn't be read (both reported), or
+  // was changed by somebody else since it was opened and the user keeps it.
+  [[nodiscard]] bool Commit();
 
 private:
-  std::vector<std::unique_ptr<QInfo>> trees;
-  QFileSet files;
-  bool failed = false;
+  struct Entry
+  {
+    std::unique_ptr<QInfo> tree;
+    bool replaces;
+  };
+  static bool Prepare(const Entry& entry, QFileSet& files);
+
+  std::vector<Entry> entries;
 };

@@ -16,7 +16,7 @@ constexpr int64_t MAX_LINES = 1'000'000;
 constexpr int64_t MAX_TRIS = 8'000'000;
 // How many of the lines that a file counts it may leave out: what is beyond would only repeat the origin.
 constexpr int64_t MAX_MISSING = 1000;
-constexpr int MAX_LATERAL = 1'000'000;
+constexpr int MAX_LATERAL = 1000; // across a road; the triangles of each line are counted by it
 
 std::string LineKey(int64_t i)
 {
@@ -55,7 +55,11 @@ void RSplineRep::LoadHead(const QInfo& info, int& count)
     FATAL_LEVEL("lines.lateral_divisions in %s must be >=1 (now %d)", info.FileName().c_str(), lateralDivisions);
     lateralDivisions = 1;
   }
-  lateralDivisions = std::min(lateralDivisions, MAX_LATERAL);
+  if (lateralDivisions > MAX_LATERAL) {
+    FATAL_LEVEL("lines.lateral_divisions in %s must be <=%d (now %d)", info.FileName().c_str(), MAX_LATERAL,
+                lateralDivisions);
+    lateralDivisions = MAX_LATERAL;
+  }
   trisPerLine = 2 * lateralDivisions;
   longDivisions = 1;
   count = GetCount(info, "lines.count");

@@ -153,8 +153,10 @@ public:
   const QInfo* Special() const { return special.get(); }
 
 protected:
-  // Puts the three files of the base into the set. False when the save can't go on.
+  // Puts the base's three files into the set. False (reported) when there is to be no save.
   bool AddToSave(RSaveSet& set) const;
+  // A file that was there and couldn't be read: a save would put nothing in its place, so there will be none.
+  void NoteUnreadable(const QInfo& info);
   // What was kept of special.ini is that file again.
   void RereadSpecial();
   // A file of the track's own directory.
@@ -168,6 +170,8 @@ protected:
   std::unique_ptr<QInfo> bestLapsInfo;
 
 private:
+  std::vector<std::string> unreadable;
+
   bool LoadIdentity();
   void LoadTimeOfDay();
   bool LoadSpecial();

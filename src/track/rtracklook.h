@@ -17,6 +17,7 @@ struct RSkyModel
   float exposure = 1;
   float exposureFactor = 1;
   float extinctionFactor = 1;
+  float night = 0; // above 0 in the dark
 };
 
 struct RFog

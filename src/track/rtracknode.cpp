@@ -1,10 +1,57 @@
 #include "track/rtracknode.h"
 
+#include "geometry/dgeob.h"
+#include "geometry/dgeode.h"
+#include "scene/worldgeodenode.h"
+
 RTrackNode::RTrackNode() = default;
 RTrackNode::~RTrackNode() = default;
 
+DGeode* RTrackNode::Geode() const
+{
+  return sceneNode ? sceneNode->GetGeode() : nullptr;
+}
+
+float RTrackNode::LodDistance(int level) const
+{
+  const WorldLODNode* node = sceneNode ? sceneNode->GetLOD() : nullptr;
+  return node && level >= 0 && level < LODS ? node->GetLODDistance(level) : 0;
+}
+
 void RTrackNode::CalcBounds()
-{}
+{
+  center = DVector3(0.0f);
+  radius = 0;
+  DGeode* geode = Geode();
+  if (!geode || geode->GetNoofGeobs() == 0)
+    return;
+  const DBox box = geode->GetBoundingBox();
+  center = box.Center();
+  radius = box.Radius();
+}
+
+void RTrackNode::ApplyFlags()
+{
+  constexpr uint32_t BURST_SHADOW = 4;
+  constexpr uint32_t BURST_LIGHT = 8;
+  if (!sceneNode)
+    return;
+  for (int level = 0; level < sceneNode->GeodeCount(); ++level)
+    for (const auto& geob : sceneNode->GetGeode(level)->geob)
+      geob->userFlags = flags;
+  for (const auto& geob : Geode()->geob) {
+    for (DBurst& burst : geob->burst) {
+      burst.flags |= flags & RECEIVE_SHADOW ? BURST_SHADOW : 0;
+      burst.flags |= flags & RECEIVE_LIGHT ? BURST_LIGHT : 0;
+    }
+  }
+}
+
+void RTrackNode::SetVisible(bool on)
+{
+  if (sceneNode)
+    sceneNode->SetVisible(on);
+}
 
 const char* RTrackNode::FlagName(uint32_t flag)
 {

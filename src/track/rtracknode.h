@@ -2,9 +2,11 @@
 
 #include "geometry/dvector.h"
 
-#include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 class DGeode;
 class WorldGeodeNode;
@@ -37,20 +39,25 @@ public:
   RTrackNode& operator=(const RTrackNode&) = delete;
 
   uint32_t flags = DEFAULT_FLAGS;
-  std::string file; // relative to the track's directory, lower case
-  std::string name; // of the entry
-  WorldGeodeNode* sceneNode = nullptr;
-  WorldTransformationNode* transformNode = nullptr; // over sceneNode; null unless RELATIVE_POS
-  DGeode* geode = nullptr;                          // of level 0
-  DVector3 translate{0.0f};                         // this and rotation: read, not applied
+  std::string file;                                       // relative to the track's directory, lower case
+  std::string name;                                       // of the entry
+  std::unique_ptr<WorldTransformationNode> transformNode; // over sceneNode; null unless RELATIVE_POS
+  std::unique_ptr<WorldGeodeNode> sceneNode;              // never null in a track's table
+  DVector3 translate{0.0f};                               // this and rotation: read, not applied
   DVector3 rotation{0.0f};
-  std::array<float, LODS> lod{}; // distances
   int lightmapUVIndex = 1;
   int lightmapResolutionX = 64;
   int lightmapResolutionY = 64;
   DVector3 center{0.0f}; // bounding sphere
   float radius = 0;
+  // What the entry of a movable holds besides: keys below the entry, and values, in the file's order.
+  std::vector<std::pair<std::string, std::string>> movableKeys;
 
+  DGeode* Geode() const;              // the model of level 0; null without one
+  float LodDistance(int level) const; // 0 without one
+  void SetVisible(bool on);
+  // Into the geobs of all levels, so that a hit on a polygon knows its node's flags, and into the bursts.
+  void ApplyFlags();
   // From the model's box.
   void CalcBounds();
   // The word for one bit, "F_???" for another value.

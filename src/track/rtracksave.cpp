@@ -1,4 +1,5 @@
 #include "foundation/qinfo.h"
+#include "foundation/qreport.h"
 #include "track/rinfokeys.h"
 #include "track/rsaveset.h"
 #include "track/rtrack.h"
@@ -46,15 +47,22 @@ std::span<const RCarPos> Used(const std::array<RCarPos, RTrack::MAX_POSITIONS>& 
 
 } // namespace
 
+void RTrack::NoteUnreadable(const QInfo& info)
+{
+  if (info.IsUnreadable())
+    unreadable.push_back(info.FileName());
+}
+
 bool RTrack::AddToSave(RSaveSet& set) const
 {
-  auto specialTree = std::make_unique<QInfo>(PathOf("special.ini"), QInfo::NO_OPEN_WARNING);
-  auto trafficTree = std::make_unique<QInfo>(PathOf("traffic.ini"), QInfo::NO_OPEN_WARNING);
-  auto splineTree = std::make_unique<QInfo>(PathOf("spline.ini"), QInfo::NO_OPEN_WARNING);
-  SaveSpecial(*specialTree);
-  trafficGrid.Save(*trafficTree);
-  splines.Save(*splineTree);
-  return set.Add(std::move(trafficTree)) && set.Add(std::move(specialTree)) && set.Add(std::move(splineTree));
+  for (const std::string& path : unreadable)
+    QWARN("QInfo:Write(); file (%s) can't be written; it couldn't be read when the track was loaded", path.c_str());
+  if (!unreadable.empty())
+    return false;
+  trafficGrid.Save(set.Open(PathOf("traffic.ini")));
+  SaveSpecial(set.Open(PathOf("special.ini")));
+  splines.Save(set.Open(PathOf("spline.ini")));
+  return true;
 }
 
 void RTrack::SaveSpecial(QInfo& info) const

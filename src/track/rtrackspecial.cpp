@@ -55,10 +55,13 @@ float ClampUnit(float value)
 bool RTrack::LoadSpecial()
 {
   special = std::make_unique<QInfo>(PathOf("special.ini"));
+  NoteUnreadable(*special);
   LoadBoxes();
   LoadPaceNotes();
   LoadLidar();
   trafficGrid.Load(PathOf("traffic.ini"));
+  if (trafficGrid.unreadable)
+    unreadable.push_back(PathOf("traffic.ini"));
   LoadPositions();
   LoadLines();
   LoadSplines();
@@ -169,6 +172,7 @@ void RTrack::LoadSplines()
 {
   const std::string path = PathOf("spline.ini");
   const QInfo info(path, QInfo::NO_OPEN_WARNING);
+  NoteUnreadable(info);
   if (!info.IsRead())
     QWARN("No splines found for track '%s', has impact on AI/minimap etc.", trackName.c_str());
   if (!host.noSplines) {
@@ -251,6 +255,7 @@ void RTrack::LoadSky()
   skyModel.exposure = info.GetFloat("gfx.exposure", 1.0f);
   skyModel.exposureFactor = info.GetFloat("gfx.exposure_factor", 1.0f);
   skyModel.extinctionFactor = info.GetFloat("gfx.fog.extinction_factor", 1.0f);
+  skyModel.night = flags & NIGHT ? 1.0f : 0.0f;
 }
 
 void RTrack::LoadColorGrade()

@@ -1,6 +1,5 @@
 #include "track/rtrafficgrid.h"
 
-#include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "geometry/doverlay.h"
 #include "track/rinfokeys.h"
@@ -46,9 +45,10 @@ int WholeVelocity(float velocity)
 
 bool RTrafficGrid::Load(const std::string& path)
 {
-  if (!QFileExists(path))
+  const QInfo info(path, QInfo::NO_OPEN_WARNING);
+  unreadable = info.IsUnreadable();
+  if (!info.IsRead())
     return false;
-  const QInfo info(path);
   wayPoints.Clear();
   cars.Clear();
   selected = -1;

@@ -39,6 +39,8 @@ public:
   DTable<RTrafficCar, MAX_CARS> cars;
   int selected = -1;
 
+  bool unreadable = false; // the file is there, but Load couldn't read it
+
   // False, with nothing changed, when there is no such file.
   bool Load(const std::string& path);
   // Cars and keys that aren't the grid's stay as they are.

@@ -1,0 +1,217 @@
+#include "support/reportcapture.h"
+#include "track/smalltrack.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+// A section with the keys, one a line.
+std::string Section(const std::string& name, const std::string& keys)
+{
+  return name + "\n{\n" + keys + "\n}\n";
+}
+
+} // namespace
+
+TEST(SpecialLoad, TakesDefaultsWithoutAFile)
+{
+  SmallTrack small;
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  ASSERT_EQ(1, track->trackCams.Count());
+  const RTrackCam& cam = *track->GetTrackCam(0);
+  EXPECT_EQ(10, cam.radius);
+  EXPECT_EQ(10, cam.zoomFar);
+  EXPECT_EQ(0u, cam.flags);
+  EXPECT_EQ(10, cam.dst.damping);
+  EXPECT_EQ(0, track->gridCount + track->pitCount + track->timeLines.Count() + track->triggerLines.Count());
+  EXPECT_EQ(1, track->pitSide);
+  EXPECT_EQ(RSun::DEFAULT_POSITION, track->sun->position);
+  EXPECT_TRUE(track->sun->enabled);
+  EXPECT_EQ(0.001f, track->fog.density);
+  EXPECT_EQ(DVector4(0, 0, 0, 1), track->fog.color);
+  EXPECT_EQ(0.3f, track->shadowIntensity);
+  EXPECT_EQ(20000, track->weather.cloudHeight);
+  EXPECT_TRUE(track->wind.present);
+  EXPECT_NEAR(-1.1579, track->offTrackVector.z, 0.0001);
+  EXPECT_EQ(-200, track->paceCarEndDistance);
+  EXPECT_EQ("data/tracks/small/skids.bin", track->skidMarks.path);
+  EXPECT_FALSE(track->skidMarks.present);
+}
+
+TEST(SpecialLoad, HoldsEachCountToItsTable)
+{
+  const struct
+  {
+    const char* section;
+    int count;
+    int loaded;
+    const char* report; // null: silent
+  } cases[] = {
+      {"grid", 51, 50, nullptr},
+      {"grid", -3, 0, nullptr},
+      {"pit", 999, 50, nullptr},
+      {"timeline", 51, 50, nullptr},
+      {"timeline", -1, 0, nullptr},
+      {"triggerline", 100, 100, nullptr},
+      {"triggerline", 101, 100, "triggerline.count=101, but only 100 can be defined; clamping"},
+      {"tcam", 199, 199, nullptr},
+      {"tcam", 200, 200, "Track contains too many trackcams (max=200, count=200)"},
+      {"tcam", 0, 1, "Track contains no trackcams!"},
+      {"tcam", -2, 0, nullptr},
+      {"waypoint", 400, 400, "Track contains too many waypoints (max=400, count=400)"},
+      {"waypoint", 2147483647, 400, "Track contains too many waypoints (max=400, count=2147483647)"},
+      {"audio", 100, 100, "Track contains too many audio points (max=100, count=100)"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.section) + " " + std::to_string(c.count));
+    SmallTrack small;
+    small.Write("special.ini", Section(c.section, "count=" + std::to_string(c.count)));
+    ReportCapture reports;
+    const auto track = small.Load();
+    ASSERT_TRUE(track);
+    const std::map<std::string, int> loaded = {
+        {"grid", track->gridCount},
+        {"pit", track->pitCount},
+        {"timeline", track->timeLines.Count()},
+        {"triggerline", track->triggerLines.Count()},
+        {"tcam", track->trackCams.Count()},
+        {"waypoint", track->wayPoints.Count()},
+        {"audio", track->audio.Count()},
+    };
+    EXPECT_EQ(c.loaded, loaded.at(c.section));
+    for (const char* text : {"too many", "clamping"})
+      EXPECT_EQ(c.report && std::string_view(c.report).find(text) != std::string_view::npos, reports.Contains(text));
+    if (c.report) {
+      EXPECT_TRUE(reports.Contains(c.report)) << reports.All();
+    }
+  }
+}
+
+TEST(SpecialLoad, CorrectsWhatCantBe)
+{
+  SmallTrack small;
+  small.Write("special.ini",
+              "env\n{\n  rain=0.5\n  snow=7\n  wind\n  {\n    power=0\n    power_variance=0\n  }\n}\n"
+              "gfx\n{\n  fog\n  {\n    mode=5\n  }\n}\n"
+              "tcam\n{\n  count=1\n  cam0\n  {\n    radius=0\n    zoom_close=25\n    flags=13\n"
+              "    src\n    {\n      mass=0.000001\n    }\n    keyframes\n    {\n      count=11\n    }\n  }\n}\n");
+  ReportCapture reports;
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  EXPECT_EQ(0, track->weather.rain);
+  EXPECT_EQ(1, track->weather.snow);
+  EXPECT_FALSE(track->wind.present);
+  EXPECT_EQ(RFog::EXPONENTIAL, track->fog.mode);
+  const RTrackCam& cam = *track->GetTrackCam(0);
+  EXPECT_EQ(10, cam.radius);
+  EXPECT_EQ(10, cam.zoomEdge);
+  EXPECT_EQ(25, cam.zoomClose);
+  EXPECT_EQ(9u, cam.flags);
+  EXPECT_EQ(1, cam.src.mass);
+  for (const char* text : {"Both env.rain and env.snow in the track's special.ini are non-zero - we can only do one at "
+                           "a time, ignoring rain",
+                           "REnv: no wind available in this track. Particles will not have windinfluence.",
+                           "Track special.ini: gfx.fog.mode out of range 0..2",
+                           "tcam.cam0.radius is 0; your camera MUST have a radius; correcting to 10\n",
+                           "tcam.cam0.zoom_edge may not be 0; correcting to 10",
+                           "RSMD: mass can't be close to 0; boosted to 1 kg (tcam.cam0.src)",
+                           "DAnimatedCamera:Load(); more keyframes in file than allocated; capping"})
+    EXPECT_TRUE(reports.Contains(text)) << text;
+}
+
+TEST(SpecialLoad, ReadsLightsSunAndTime)
+{
+  SmallTrack small;
+  small.Write("special.ini", "gfx\n{\n  lights= dawn\tnoon\n  night=1\n  time=0830\n  sun=1 2 3\n  sun\n  {\n"
+                             "    latitude=60.5\n    diffuse=1 0.5 0.25 1\n    intensity=0.7\n  }\n}\n"
+                             "endless\n{\n  max\n  {\n    x=10\n  }\n}\n");
+  small.Write("skids.bin", "x");
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  EXPECT_EQ((std::array<std::string, 3>{"dawn", "noon", ""}), track->lights);
+  EXPECT_EQ(uint32_t(RTrack::NIGHT), track->flags);
+  EXPECT_EQ(8, track->sun->hours);
+  EXPECT_EQ(30, track->sun->minutes);
+  EXPECT_EQ(DVector3(1, 2, 3), track->sun->position);
+  EXPECT_EQ(60.5f, track->sun->latitude);
+  EXPECT_EQ(DVector4(1, 0.5f, 0.25f, 1), track->sun->diffuse);
+  EXPECT_EQ(0.7f, track->skyModel.sunIntensity);
+  EXPECT_EQ(DVector3(10, 0, 0), track->endlessSize);
+  EXPECT_EQ("", track->skidMarks.path); // only a track with ends has them
+}
+
+TEST(SpecialLoad, PutsTheStartLineOnTheRoad)
+{
+  const struct
+  {
+    const char* width;
+    float from, to;
+  } cases[] = {{"", -20, 20}, {"  start_width=1\n", -4, 4}, {"  start_width=2\n", -8, 8}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.width);
+    SmallTrack small;
+    small.WriteRoad(4);
+    small.Write("special.ini", Section("timeline", "count=1\n" + std::string(c.width)));
+    const auto track = small.Load();
+    const RTimeLine& line = *track->GetTimeLine(0);
+    EXPECT_EQ(DVector3(c.from, 0, 0), line.from);
+    EXPECT_EQ(DVector3(c.to, 0, 0), line.to);
+    EXPECT_FLOAT_EQ((c.to - c.from) * (c.to - c.from), line.lengthSq);
+    EXPECT_TRUE(line.IsCrossed({0, 0.5f, -1}, {0, 0.5f, 1}));
+  }
+}
+
+TEST(SpecialLoad, StaysDefinedWithNumbersThatAreNone)
+{
+  SmallTrack small;
+  small.Write("special.ini",
+              "endless\n{\n  min\n  {\n    x=nan\n  }\n  max\n  {\n    x=-inf\n  }\n}\n"
+              "timeline\n{\n  count=2\n  line0\n  {\n    from\n    {\n      x=inf\n    }\n  }\n}\n"
+              "tcam\n{\n  count=1\n  cam0\n  {\n    radius=nan\n    src\n    {\n      mass=nan\n    }\n  }\n}\n"
+              "env\n{\n  rain=nan\n  snow=inf\n}\ngfx\n{\n  time=99zz\n}\n");
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  EXPECT_EQ(0, track->weather.rain);
+  EXPECT_EQ(1, track->weather.snow);
+  EXPECT_EQ(1, track->GetTrackCam(0)->src.mass);
+  EXPECT_EQ(-1, track->sun->hours);
+  track->GetTrackCam(0)->Follow({1, 2, 3}, {0, 0, 0});
+  EXPECT_FALSE(track->GetTimeLine(0)->IsCrossed({0, 0, -1}, {0, 0, 1}));
+}
+
+TEST(TrackAudio, KeepsTheGivenPathAndNamesTheLeaf)
+{
+  SmallTrack small;
+  small.root.Write("data/audio/birds/lark.wav", "");
+  const struct
+  {
+    const char *given, *name, *path;
+  } cases[] = {
+      {"birds/lark.wav", "lark.wav", "data/audio/birds/lark.wav"},
+      {"none.wav", "none.wav", "data/tracks/small/none.wav"},
+      {"/etc/passwd", "passwd", ""},
+      {"../../../../etc/passwd", "passwd", ""},
+      {"", "", ""},
+  };
+  for (const auto& c : cases) {
+    RTrackAudio source;
+    source.SetSample(c.given, "data/tracks/small");
+    EXPECT_EQ(c.given, source.sample);
+    EXPECT_EQ(c.name, source.name) << c.given;
+    EXPECT_EQ(c.path, source.path) << c.given;
+  }
+}
+
+TEST(TrackAudio, IsLouderNearby)
+{
+  RTrackAudio source;
+  source.radius = 10;
+  EXPECT_EQ(0, source.Hear({10, 0, 0}));
+  EXPECT_EQ(0u, source.flags);
+  EXPECT_FLOAT_EQ(0.75f, source.Hear({5, 0, 0}));
+  EXPECT_EQ(uint32_t(RTrackAudio::PLAYING), source.flags);
+  EXPECT_EQ(1, source.Hear({0, 0, 0}));
+}
