@@ -3,6 +3,7 @@
 #include "app/demo/demomath.h"
 
 #include <array>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +42,7 @@ struct DemoMesh
 // One level of detail of a node.
 struct DemoModel
 {
-  std::vector<DemoMesh> meshes;
+  std::deque<DemoMesh> meshes; // what Mesh gave holds while others are added
   // The mesh of that material, with room for some thousand vertices more.
   DemoMesh& Mesh(std::string_view material);
   int Triangles() const;
