@@ -4,6 +4,7 @@
 #include "ui/qapp.h"
 #include "ui/qarrow.h"
 #include "ui/qfont.h"
+#include "ui/qtextfit.h"
 
 QButton::QButton(QWindow* owner, const QRect& area, std::string_view caption) : QControl(owner, area, caption)
 {
@@ -160,11 +161,11 @@ void QButton::PaintCaption(const QRect& face, int offset)
   cv.SetColor(textColor.GetR(), textColor.GetG(), textColor.GetB(), alpha);
   if (text.starts_with('$') && QPaintArrow(cv, text, room))
     return;
-  QFont* fitting = GetFont()->FittingFont(text, room.wid);
-  cv.SetFont(fitting);
+  const QFittedText fitted = QFitText(*GetFont(), text, room.wid, room.hgt);
+  cv.SetFont(fitted.font);
   const QColor color = cv.GetColor();
   cv.SetColor(0, 0, 0, alpha / 2);
-  cv.TextML(text, {room.x + 1, room.y + 1, room.wid, room.hgt});
+  cv.TextML(fitted.lines, {room.x + 1, room.y + 1, room.wid, room.hgt});
   cv.SetColor(color);
-  cv.TextML(text, room);
+  cv.TextML(fitted.lines, room);
 }

@@ -2,6 +2,7 @@
 
 #include "ui/qapp.h"
 #include "ui/qfont.h"
+#include "ui/qtextfit.h"
 
 #include <algorithm>
 
@@ -72,9 +73,9 @@ void QCheck::Paint(const QRect*)
   cv.Rectfill(box);
   cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
   cv.Rectangle(box);
-  QFont* fitting = GetFont()->FittingFont(text, rect.wid - 26);
-  cv.SetFont(fitting);
+  const QFittedText fitted = QFitText(*GetFont(), text, rect.wid - 26, h);
+  cv.SetFont(fitted.font);
   cv.SetColor(IsEnabled() ? PX_WHITE : PX_DKTEAL);
-  cv.Text(text, 24, (h - static_cast<int>(fitting->GetHeight())) / 2);
+  cv.TextML(fitted.lines, {24, 0, rect.wid - 26, h}, QAlign::LEFT);
   cv.End();
 }

@@ -80,13 +80,25 @@ void QFont::SetScale(float x, float y)
   scaleY = y;
 }
 
-QFont* QFont::FittingFont(std::string_view text, int wid)
+QFont* QFont::Smaller()
 {
-  if (type != OUTLINE_FONT || !face || size <= SMALLEST_SIZE || GetWidth(text) <= static_cast<float>(wid))
-    return this;
+  if (type != OUTLINE_FONT || !face || size <= SMALLEST_SIZE)
+    return nullptr;
   if (!smaller) {
     smaller = std::make_unique<QFont>(family, size - 1, slant, weight, type);
     static_cast<void>(smaller->Create());
   }
-  return smaller->face ? smaller->FittingFont(text, wid) : this;
+  return smaller->face ? smaller.get() : nullptr;
+}
+
+QFont* QFont::FittingFont(std::string_view text, int wid)
+{
+  QFont* fitting = this;
+  while (fitting->GetWidth(text) > static_cast<float>(wid)) {
+    QFont* next = fitting->Smaller();
+    if (!next)
+      break;
+    fitting = next;
+  }
+  return fitting;
 }

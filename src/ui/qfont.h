@@ -53,6 +53,8 @@ public:
   void SetScale(float x, float y);
 
   QOutlineFace* Face() const { return face.get(); }
+  // The same font a point smaller; null when that would be too small to read.
+  QFont* Smaller();
   // This font, or the largest smaller form of it in which the text is at most wid wide; the smallest when none is.
   QFont* FittingFont(std::string_view text, int wid);
 
