@@ -6,11 +6,16 @@
 // What only a node with children or a reference needs.
 struct QInfoBranch
 {
-  struct QInfoNode* first = nullptr;
+  struct QInfoNode* node = nullptr; // the one that this belongs to
+  const char* prefix = nullptr;     // how the paths of its keys begin: its own, and a dot; null when that isn't kept
+  QInfoNode* first = nullptr;
   QInfoNode* last = nullptr;
   QInfoNode* reference = nullptr; // the tree that this one inherits from; always earlier in the file
   uint32_t count = 0;             // of children, comments included
-  bool indexed = false;           // the children stand in the tree's index by name
+  uint32_t prefixHash = 0;
+  uint8_t prefixLength = 0;
+  bool hashed = false;  // prefixHash holds
+  bool indexed = false; // the children stand in the tree's index by name
 };
 
 // A comment, a key or a tree. It lives as long as the tree that it is part of, until the file is read again.
@@ -34,7 +39,7 @@ struct QInfoNode
   bool HasValue() const { return value != nullptr; }
   bool IsRemoved() const { return flags & REMOVED; }
   const QInfoNode* Next() const { return next; }
-  const QInfoNode* Parent() const { return parent; } // null for the root
+  const QInfoNode* Parent() const { return home ? home->node : nullptr; } // null for the root
   const QInfoNode* FirstChild() const { return branch ? branch->first : nullptr; }
   const QInfoNode* Reference() const { return branch ? branch->reference : nullptr; }
 
@@ -42,11 +47,10 @@ struct QInfoNode
   const char* value = nullptr;
   uint32_t nameLength = 0;
   uint32_t valueLength = 0;
-  QInfoNode* next = nullptr; // sibling
-  QInfoNode* parent = nullptr;
+  QInfoNode* next = nullptr;   // sibling
+  QInfoBranch* home = nullptr; // of the parent
   QInfoBranch* branch = nullptr;
-  uint32_t pathHash = 0; // of the full path; only for what is indexed, and for trees
+  uint32_t pathHash = 0; // of the full path; only for what is indexed
   Type type = KEY;
   uint8_t flags = 0;
-  uint8_t depth = 0; // 0 for the root; stays at 255
 };

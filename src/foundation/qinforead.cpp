@@ -117,7 +117,7 @@ private:
       ++level;
     else
       QWARN("QInfo: '%s' nests too deep (max %d levels)", fileName.c_str(), QInfo::MAX_LEVEL);
-    tree.MakeTree(lastWord);
+    lastWord->type = QInfoNode::TREE;
     levels[Level()] = lastWord;
   }
 
@@ -161,7 +161,7 @@ private:
       QWARN("QInfo(%s): ref to tree '%s' without child in line %d", fileName.c_str(), path.c_str(), line);
     } else {
       tree.Branch(lastNode).reference = target;
-      tree.MakeTree(lastNode);
+      lastNode->type = QInfoNode::TREE;
     }
   }
 

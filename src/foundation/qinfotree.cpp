@@ -8,7 +8,6 @@
 namespace {
 
 constexpr uint32_t MANY_CHILDREN = 8; // below this a walk along the children is as fast as the index
-constexpr uint32_t ROOT_HASH = 0x9E3779B9;
 constexpr uint64_t FACTOR = 0x9FB21C651E98DF25;
 
 uint64_t Load(const char* from, size_t size)
@@ -26,7 +25,7 @@ uint64_t LoadTail(const char* from, size_t size)
   return Load(from, 1) << 16 | Load(from + size / 2, 1) << 8 | Load(from + size - 1, 1);
 }
 
-// The hash of a path that goes one name on from one with the hash so far.
+// Goes on from the hash of what stands in front.
 uint32_t HashOn(uint32_t soFar, std::string_view name)
 {
   uint64_t h = (soFar + name.size()) * FACTOR;
@@ -41,10 +40,8 @@ uint32_t HashOn(uint32_t soFar, std::string_view name)
 
 uint32_t HashOfPath(std::string_view path)
 {
-  uint32_t hash = ROOT_HASH;
-  for (std::string_view name; QInfoNextName(path, name);)
-    hash = HashOn(hash, name);
-  return hash;
+  const size_t nameAt = path.rfind('.') + 1; // npos + 1 is 0
+  return HashOn(HashOn(0, path.substr(0, nameAt)), path.substr(nameAt));
 }
 
 uint32_t HashOfChild(const QInfoNode* parent, std::string_view name)
@@ -52,13 +49,23 @@ uint32_t HashOfChild(const QInfoNode* parent, std::string_view name)
   return HashOn(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(parent) >> 3), name);
 }
 
-// From the node upward, at most ten, without the root.
+// From the node upward, without the root.
 struct Ancestors
 {
-  explicit Ancestors(const QInfoNode* node)
+  explicit Ancestors(const QInfoNode* node, int limit = QInfo::MAX_LEVEL)
   {
-    for (; node->parent && count < static_cast<size_t>(QInfo::MAX_LEVEL); node = node->parent)
+    for (; node->home && count < static_cast<size_t>(limit); node = node->home->node)
       nodes[count++] = node;
+  }
+  std::string Path() const
+  {
+    std::string path;
+    for (size_t i = count; i-- > 0;) {
+      path += nodes[i]->Name();
+      if (i > 0)
+        path += '.';
+    }
+    return path;
   }
   std::array<const QInfoNode*, QInfo::MAX_LEVEL> nodes;
   size_t count = 0;
@@ -67,6 +74,12 @@ struct Ancestors
 // Whether QInfoFullPath would give this path.
 bool HasFullPath(const QInfoNode* node, std::string_view path)
 {
+  if (node->home->prefix) {
+    if (!path.ends_with(node->Name()))
+      return false;
+    path.remove_suffix(node->nameLength);
+    return path == std::string_view(node->home->prefix, node->home->prefixLength);
+  }
   const Ancestors ancestors(node);
   for (size_t i = 0; i < ancestors.count; ++i) {
     if (i > 0) {
@@ -88,9 +101,7 @@ void QInfoIndex::Reserve(size_t wanted)
 {
   if (wanted + wanted / 2 <= slotCount) // at most two thirds full
     return;
-  size_t newCount = std::max<size_t>(slotCount, 8);
-  while (newCount < wanted + wanted / 2)
-    newCount *= 2;
+  const size_t newCount = std::max({2 * slotCount, wanted + wanted / 2, size_t{8}});
   const QBlock old = std::exchange(block, QBlock(newCount * sizeof(Slot)));
   const auto* oldSlots = reinterpret_cast<const Slot*>(old.Data());
   const size_t oldCount = std::exchange(slotCount, newCount);
@@ -105,20 +116,22 @@ QInfoTree::QInfoTree()
   root.name = "root";
   root.nameLength = 4;
   root.type = QInfoNode::TREE;
-  root.pathHash = ROOT_HASH;
 }
 
 std::string_view QInfoTree::HoldText(QBlock newText, size_t length)
 {
   text = std::move(newText);
+  byPath.SetText({text.Text(), length});
   nodes.Expect(std::max<size_t>(8, length / 28)); // a line of a usual file
   return {text.Text(), length};
 }
 
 QInfoBranch& QInfoTree::Branch(QInfoNode* node)
 {
-  if (!node->branch)
+  if (!node->branch) {
     node->branch = branches.Add();
+    node->branch->node = node;
+  }
   return *node->branch;
 }
 
@@ -127,10 +140,9 @@ QInfoNode* QInfoTree::Append(QInfoNode* parent, QInfoNode::Type type, std::strin
   QInfoNode* node = nodes.Add();
   node->name = name.data();
   node->nameLength = static_cast<uint32_t>(name.size());
-  node->parent = parent;
   node->type = type;
-  node->depth = static_cast<uint8_t>(std::min(parent->depth + 1, 255));
   QInfoBranch& branch = Branch(parent);
+  node->home = &branch;
   (branch.last ? branch.last->next : branch.first) = node;
   branch.last = node;
   ++branch.count;
@@ -139,22 +151,24 @@ QInfoNode* QInfoTree::Append(QInfoNode* parent, QInfoNode::Type type, std::strin
   return node;
 }
 
-uint32_t QInfoTree::HashOfPathTo(const QInfoNode* node) const
+// The text itself is kept where it isn't longer than usual: a Get compares with it in place of a walk through nodes
+// that lie far apart.
+uint32_t QInfoTree::PrefixHash(QInfoBranch& branch)
 {
-  if (node->depth <= QInfo::MAX_LEVEL)
-    return HashOn(node->parent->pathHash, node->Name());
-  // Only the last names count, so nothing can be taken over from the parent.
-  const Ancestors ancestors(node);
-  uint32_t hash = ROOT_HASH;
-  for (size_t i = ancestors.count; i-- > 0;)
-    hash = HashOn(hash, ancestors.nodes[i]->Name());
-  return hash;
-}
-
-void QInfoTree::MakeTree(QInfoNode* node)
-{
-  node->type = QInfoNode::TREE;
-  node->pathHash = HashOfPathTo(node);
+  if (branch.hashed)
+    return branch.prefixHash;
+  std::string path = Ancestors(branch.node, QInfo::MAX_LEVEL - 1).Path(); // a path has ten names, with the key's own
+  if (!path.empty())
+    path += '.';
+  branch.hashed = true;
+  branch.prefixHash = HashOn(0, path);
+  if (path.size() <= sizeof(QInfoPrefix)) {
+    char* kept = prefixes.Add()->data();
+    std::copy(path.begin(), path.end(), kept);
+    branch.prefix = kept;
+    branch.prefixLength = static_cast<uint8_t>(path.size());
+  }
+  return branch.prefixHash;
 }
 
 void QInfoTree::SetText(QInfoNode* node, std::string_view value)
@@ -169,7 +183,7 @@ void QInfoTree::SetFileValue(QInfoNode* node, std::string_view value)
   if (node->flags & QInfoNode::INDEXED)
     return;
   node->flags |= QInfoNode::INDEXED;
-  node->pathHash = HashOfPathTo(node);
+  node->pathHash = HashOn(PrefixHash(*node->home), node->Name());
   ++indexedCount;
 }
 
@@ -203,9 +217,8 @@ void QInfoTree::SetValue(QInfoNode* node, std::string_view value)
 
 void QInfoTree::IndexChild(QInfoNode* child)
 {
-  byName.Add(HashOfChild(child->parent, child->Name()), child, [child](const QInfoNode* other) {
-    return other->parent == child->parent && other->Name() == child->Name();
-  });
+  byName.Add(HashOfChild(child->home->node, child->Name()), child,
+             [child](const QInfoNode* other) { return other->home == child->home && other->Name() == child->Name(); });
 }
 
 QInfoNode* QInfoTree::FindChild(QInfoNode* parent, std::string_view name)
@@ -225,7 +238,7 @@ QInfoNode* QInfoTree::FindChild(QInfoNode* parent, std::string_view name)
       IndexChild(child);
   }
   return byName.Find(HashOfChild(parent, name),
-                     [&](const QInfoNode* other) { return other->parent == parent && other->Name() == name; });
+                     [&](const QInfoNode* other) { return other->home == branch && other->Name() == name; });
 }
 
 QInfoNode* QInfoTree::FindNode(std::string_view path)
@@ -265,7 +278,7 @@ QInfoNode* QInfoTree::MakeKey(std::string_view path)
       made = true;
       child = Append(node, QInfoNode::KEY, names.emplace_front(name));
       if (path.find_first_not_of('.') != std::string_view::npos)
-        MakeTree(child);
+        child->type = QInfoNode::TREE;
     }
     node = child;
   }
@@ -274,14 +287,7 @@ QInfoNode* QInfoTree::MakeKey(std::string_view path)
 
 std::string QInfoFullPath(const QInfoNode* node)
 {
-  const Ancestors ancestors(node);
-  std::string path;
-  for (size_t i = ancestors.count; i-- > 0;) {
-    path += ancestors.nodes[i]->Name();
-    if (i > 0)
-      path += '.';
-  }
-  return path;
+  return Ancestors(node).Path();
 }
 
 bool QInfoNextName(std::string_view& path, std::string_view& name)

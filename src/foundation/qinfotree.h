@@ -4,6 +4,7 @@
 #include "foundation/qinfonode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <forward_list>
 #include <new>
@@ -32,33 +33,45 @@ public:
     Slot& slot = SlotFor(hash, equal);
     if (slot.node)
       return;
-    slot = {hash, node};
+    slot = {hash, text.data() ? static_cast<uint32_t>(node->name - text.data()) : 0, node};
     ++count;
   }
   // For a caller that knows what it is going to add.
-  void Prefetch(uint32_t hash) const { __builtin_prefetch(Slots() + (hash & (slotCount - 1)), 1); }
+  void Prefetch(uint32_t hash) const { __builtin_prefetch(Slots() + Home(hash), 1); }
+  // The text that the names of all nodes are slices of, when there is one.
+  void SetText(std::string_view newText) { text = newText; }
 
 private:
   struct Slot
   {
     uint32_t hash = 0;
+    uint32_t nameAt = 0; // in the text; only to fetch name and value from memory together with the node
     QInfoNode* node = nullptr;
   };
   Slot* Slots() const { return reinterpret_cast<Slot*>(const_cast<std::byte*>(block.Data())); }
+  size_t Home(uint32_t hash) const { return static_cast<size_t>(uint64_t{hash} * slotCount >> 32); }
   // The slot of an equal node, or the free one for it.
   template <typename Equal>
   Slot& SlotFor(uint32_t hash, Equal equal) const
   {
     Slot* slots = Slots();
-    size_t at = hash & (slotCount - 1);
-    while (slots[at].node && !(slots[at].hash == hash && equal(slots[at].node)))
-      at = (at + 1) & (slotCount - 1);
-    return slots[at];
+    for (size_t at = Home(hash);; at = at + 1 == slotCount ? 0 : at + 1) {
+      Slot& slot = slots[at];
+      if (!slot.node)
+        return slot;
+      if (slot.hash != hash)
+        continue;
+      // Name and value are on their way while the node is looked at.
+      __builtin_prefetch(text.data() + slot.nameAt);
+      if (equal(slot.node))
+        return slot;
+    }
   }
 
   QBlock block;
-  size_t slotCount = 0; // a power of 2, or 0
+  size_t slotCount = 0;
   size_t count = 0;
+  std::string_view text;
 };
 
 // Entries that stay where they are and go all at once, in few blocks.
@@ -94,6 +107,9 @@ private:
   size_t used = 0;     // likewise
 };
 
+// The path of a tree with a dot behind it, when it isn't longer than usual.
+using QInfoPrefix = std::array<char, 48>;
+
 // The nodes of a QInfo, the text that they show, and the ways to find them. Nodes are never freed one by one.
 class QInfoTree
 {
@@ -109,8 +125,6 @@ public:
   // A new last child. The name isn't copied.
   QInfoNode* Append(QInfoNode* parent, QInfoNode::Type type, std::string_view name);
   QInfoBranch& Branch(QInfoNode* node); // made when there is none
-  // Makes a node a tree, so that it can have children.
-  void MakeTree(QInfoNode* node);
   // The text of a comment, as it stands in the file.
   static void SetText(QInfoNode* node, std::string_view value);
   // A value that stands in the file; the node will be found by its full path once BuildIndex has run.
@@ -131,13 +145,14 @@ public:
   QInfoNode* MakeKey(std::string_view path);
 
 private:
-  uint32_t HashOfPathTo(const QInfoNode* node) const;
+  uint32_t PrefixHash(QInfoBranch& branch);
   void IndexChild(QInfoNode* child);
 
   QInfoNode root;
   QBlock text;
   QInfoPool<QInfoNode> nodes;
   QInfoPool<QInfoBranch> branches;
+  QInfoPool<QInfoPrefix> prefixes;
   size_t indexedCount = 0;
   std::forward_list<std::string> names;                     // of nodes that aren't from the file
   std::unordered_map<const QInfoNode*, std::string> values; // likewise

@@ -1,0 +1,7 @@
+#include "fuzz/info.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+  FuzzInfo({reinterpret_cast<const char*>(data), size});
+  return 0;
+}
