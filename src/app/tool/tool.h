@@ -86,3 +86,4 @@ void ToolProgress(const char* what, float done);
 // The groups.
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
+std::vector<ToolVerb> ToolTrackVerbs();

@@ -1,0 +1,287 @@
+#include "app/tool/tool.h"
+#include "app/tool/tooljson.h"
+#include "foundation/qinfo.h"
+#include "geometry/dgeode.h"
+#include "geometry/dglobal.h"
+#include "track/rtrackvrml.h"
+
+#include <array>
+#include <memory>
+#include <span>
+
+namespace {
+
+// The application's settings are read and never written.
+const QInfo& Settings()
+{
+  static const QInfo settings("torvik.ini", QInfo::NO_OPEN_WARNING);
+  return settings;
+}
+
+bool ShowProgress(int current, int total, const char*)
+{
+  if (total > 0)
+    ToolProgress("Loading", static_cast<float>(current) / static_cast<float>(total));
+  return true;
+}
+
+// Null when it failed, which is then said.
+std::unique_ptr<RTrackVRML> LoadTrack(const std::string& name)
+{
+  if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\") != std::string::npos) {
+    ToolFail("'%s' isn't the name of a directory in data/tracks", name.c_str());
+    return nullptr;
+  }
+  // Nothing is drawn: neither shaders nor textures are asked for.
+  DGlobals().shadersOn = false;
+  DGlobals().texturesOn = false;
+  auto track = std::make_unique<RTrackVRML>(RTrackHost{.settings = &Settings()});
+  track->SetName(name);
+  track->progressCallback = ShowProgress;
+  const bool good = track->Load();
+  track->progressCallback = nullptr;
+  ToolProgress("Loading", 1);
+  if (good)
+    return track;
+  ToolFail("can't load track '%s' from %s", name.c_str(), track->trackDir.c_str());
+  return nullptr;
+}
+
+unsigned long CountTriangles(const RTrackVRML& track)
+{
+  unsigned long count = 0;
+  for (const auto& node : track.nodes)
+    if (const DGeode* geode = node->Geode())
+      for (const auto& geob : geode->geob)
+        count += static_cast<unsigned long>(geob->FaceCount());
+  return count;
+}
+
+int RunInfo(const ToolArgs& args)
+{
+  const auto track = LoadTrack(args.Text(0));
+  if (!track)
+    return TOOL_FAILED;
+  ToolJson json = ToolJson::Object();
+  json.Add("name", track->name);
+  json.Add("creator", track->creator);
+  json.Add("length", track->length);
+  json.Add("type", track->type);
+  json.Add("id", track->id);
+  json.Add("version", track->version);
+  json.Add("trackLength", track->trackLength);
+  json.Add("nodes", track->nodes.Count());
+  json.Add("triangles", CountTriangles(*track));
+  json.Add("gridPositions", track->gridCount);
+  json.Add("pitPositions", track->pitCount);
+  json.Add("timeLines", track->timeLines.Count());
+  json.Add("triggerLines", track->triggerLines.Count());
+  json.Add("trackCams", track->trackCams.Count());
+  json.Add("wayPoints", track->wayPoints.Count());
+  json.Add("audioSources", track->audio.Count());
+  json.Add("splineLines", track->splines.LineCount());
+  json.Add("trafficWayPoints", track->trafficGrid.wayPoints.Count());
+  json.Add("marshalPosts", 0);
+  json.Add("surfaces", 0);
+  json.Print();
+  return TOOL_DONE;
+}
+
+ToolJson Json(const DVector3& v)
+{
+  return ToolJson::Floats(std::span(&v.x, 3));
+}
+
+ToolJson Json(const RCarPos& p)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("from", Json(p.from)).Add("to", Json(p.to));
+  return json;
+}
+
+ToolJson Positions(std::span<const RCarPos> positions, int count)
+{
+  ToolJson json = ToolJson::Array();
+  for (const RCarPos& p : positions.first(static_cast<size_t>(count)))
+    json.Add(Json(p));
+  return json;
+}
+
+ToolJson Identity(const RTrackVRML& track)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("name", track.name);
+  json.Add("creator", track.creator);
+  json.Add("length", track.length);
+  json.Add("type", track.type);
+  json.Add("file", track.file);
+  json.Add("trackName", track.trackName);
+  json.Add("id", track.id);
+  json.Add("preview", track.preview);
+  json.Add("racingClass", track.racingClass);
+  json.Add("skin", track.skin);
+  json.Add("version", track.version);
+  return json;
+}
+
+ToolJson Json(const RTimeLine& line)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("from", Json(line.from)).Add("to", Json(line.to)).Add("name", line.name);
+  json.Add("normal", Json(line.plane.normal)).Add("distance", line.plane.distance).Add("lengthSq", line.lengthSq);
+  return json;
+}
+
+ToolJson Json(const RTriggerLine& line)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("from", Json(line.from)).Add("to", Json(line.to));
+  json.Add("index", line.index).Add("command", line.command).Add("name", line.name);
+  return json;
+}
+
+ToolJson Json(const RSMD& spring)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("k", spring.k).Add("mass", spring.mass).Add("damping", spring.damping).Add("maxDist", spring.maxDist);
+  return json;
+}
+
+ToolJson Json(const DAnimatedCamera& path)
+{
+  ToolJson json = ToolJson::Array();
+  for (int i = 0; i < path.GetCount(); ++i) {
+    const DCameraKeyFrame& k = *path.GetKeyFrame(i);
+    ToolJson key = ToolJson::Object();
+    key.Add("t", k.t).Add("x", k.x).Add("y", k.y).Add("z", k.z);
+    key.Add("yaw", k.yaw).Add("pitch", k.pitch).Add("roll", k.roll).Add("fov", k.fov);
+    json.Add(std::move(key));
+  }
+  return json;
+}
+
+ToolJson Json(const RTrackCam& cam)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("flags", cam.flags);
+  json.Add("pos", Json(cam.pos)).Add("pos2", Json(cam.pos2)).Add("posDolly", Json(cam.posDolly));
+  json.Add("rot", Json(cam.rot)).Add("rot2", Json(cam.rot2));
+  json.Add("group", cam.group).Add("radius", cam.radius);
+  json.Add("zoomEdge", cam.zoomEdge).Add("zoomClose", cam.zoomClose).Add("zoomFar", cam.zoomFar);
+  ToolJson cubes = ToolJson::Array();
+  for (const DVector3& cube : cam.cubes)
+    cubes.Add(Json(cube));
+  json.Add("cubes", std::move(cubes));
+  json.Add("src", Json(cam.src)).Add("dst", Json(cam.dst)).Add("keyframes", Json(cam.keyframes));
+  return json;
+}
+
+ToolJson Json(const RWayPoint& w)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("pos", Json(w.pos)).Add("posDir", Json(w.posDir));
+  json.Add("left", Json(w.left)).Add("right", Json(w.right)).Add("lon", w.lon);
+  return json;
+}
+
+ToolJson Json(const RTrackAudio& source)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("name", source.name).Add("pos", Json(source.pos)).Add("radius", source.radius);
+  return json;
+}
+
+ToolJson Json(const RSplineRep& splines)
+{
+  ToolJson lines = ToolJson::Array();
+  for (const RSplineLine& l : splines.lines) {
+    ToolJson line = ToolJson::Object();
+    line.Add("flags", l.flags).Add("left", Json(l.left)).Add("right", Json(l.right));
+    line.Add("elevation", l.elevation).Add("longGrip", l.longGrip);
+    line.Add("distance", l.distance).Add("length", l.length);
+    lines.Add(std::move(line));
+  }
+  ToolJson json = ToolJson::Object();
+  json.Add("flags", splines.flags).Add("lateralDivisions", splines.lateralDivisions);
+  json.Add("paintStart", splines.paintStart).Add("paintEnd", splines.paintEnd).Add("lines", std::move(lines));
+  return json;
+}
+
+ToolJson Json(const RTrafficWayPoint& w)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("pos", Json(w.pos)).Add("velocity", w.velocity);
+  json.Add("forward", ToolJson::Ints(w.forward)).Add("left", ToolJson::Ints(w.left));
+  json.Add("right", ToolJson::Ints(w.right)).Add("flags", w.flags);
+  return json;
+}
+
+ToolJson Json(const RTrackNode& node)
+{
+  std::array<float, RTrackNode::LODS> lod;
+  for (int i = 0; i < RTrackNode::LODS; ++i)
+    lod[static_cast<size_t>(i)] = node.LodDistance(i);
+  ToolJson json = ToolJson::Object();
+  json.Add("name", node.name).Add("file", node.file).Add("flags", node.flags).Add("lod", ToolJson::Floats(lod));
+  json.Add("center", Json(node.center)).Add("radius", node.radius);
+  return json;
+}
+
+// For tables of records, and of pointers to them.
+template <typename Table>
+ToolJson Records(const Table& table)
+{
+  ToolJson json = ToolJson::Array();
+  for (const auto& record : table) {
+    if constexpr (requires { record.get(); })
+      json.Add(Json(*record));
+    else
+      json.Add(Json(record));
+  }
+  return json;
+}
+
+int RunDump(const ToolArgs& args)
+{
+  const auto track = LoadTrack(args.Text(0));
+  if (!track)
+    return TOOL_FAILED;
+  ToolJson pitLines = ToolJson::Array();
+  for (const RTimeLine& line : track->pitInOutLines)
+    pitLines.Add(Json(RCarPos{line.from, line.to}));
+  ToolJson json = ToolJson::Object();
+  json.Add("identity", Identity(*track));
+  json.Add("flags", track->flags).Add("trackLength", track->trackLength).Add("pitSide", track->pitSide);
+  json.Add("gridPos", Positions(track->gridPos, track->gridCount));
+  json.Add("pitPos", Positions(track->pitPos, track->pitCount));
+  json.Add("timeLines", Records(track->timeLines)).Add("triggerLines", Records(track->triggerLines));
+  json.Add("pitInOutLines", std::move(pitLines));
+  json.Add("trackCams", Records(track->trackCams)).Add("wayPoints", Records(track->wayPoints));
+  json.Add("audio", Records(track->audio)).Add("splines", Json(track->splines));
+  json.Add("traffic", Records(track->trafficGrid.wayPoints));
+  json.Add("marshalPosts", ToolJson::Array());
+  json.Add("nodes", Records(track->nodes));
+  json.Add("surfaces", ToolJson::Array());
+  json.Print();
+  return TOOL_DONE;
+}
+
+int RunSave(const ToolArgs& args)
+{
+  const auto track = LoadTrack(args.Text(0));
+  if (!track)
+    return TOOL_FAILED;
+  return track->Save() ? TOOL_DONE
+                       : ToolFail("can't save track '%s' in %s", args.Text(0).c_str(), track->trackDir.c_str());
+}
+
+} // namespace
+
+std::vector<ToolVerb> ToolTrackVerbs()
+{
+  return {
+      {"track", "info", "What a track holds, in numbers", {{"TRACK"}}, RunInfo},
+      {"track", "dump", "All records of a track", {{"TRACK"}}, RunDump},
+      {"track", "save", "Load a track and save it, as the editor does", {{"TRACK"}}, RunSave},
+  };
+}
