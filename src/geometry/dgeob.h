@@ -14,7 +14,7 @@
 class DGeode;
 class DMaterial;
 class DofReader;
-class QByteWriter;
+class DofWriter;
 
 // A run of triangles of one material. start and count are three times the index position and the number of indices:
 // count is 9 a triangle.
@@ -111,7 +111,7 @@ public:
 
   // A GOB1 chunk of a model file. False for the former format, which ends the model's load.
   bool ImportDOF(DofReader& in);
-  void ExportDOF(QByteWriter& out) const;
+  void ExportDOF(DofWriter& out) const;
 
   // OpenGL names, 0 when absent.
   uint32_t vertexBuffer = 0;

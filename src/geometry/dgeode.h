@@ -72,7 +72,7 @@ public:
   bool ImportDOF(const std::string& path);
   // The same from bytes; name and messages stay with this model's name.
   bool ImportDOF(std::span<const std::byte> bytes);
-  std::vector<std::byte> ExportDOFBytes() const;
+  DArray<std::byte> ExportDOFBytes() const;
   bool NeedsTangents() const; // a material's shader asks for them
   // Replaces the file. False when it couldn't be written (reported).
   [[nodiscard]] bool ExportDOF(const std::string& path) const;

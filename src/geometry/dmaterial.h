@@ -13,7 +13,7 @@ class DGeode;
 class DShader;
 class DTexture;
 class DofReader;
-class QByteWriter;
+class DofWriter;
 
 struct DMaterialLayer
 {
@@ -99,7 +99,7 @@ public:
 
   // A MAT0 chunk of a model file; one that ends early gives what was read. owner finds textures and may be null.
   void ImportDOF(DofReader& in, const DGeode* owner, int depth = 0);
-  void ExportDOF(QByteWriter& out) const;
+  void ExportDOF(DofWriter& out) const;
 
 private:
   void ImportColors(DofReader& in);

@@ -1,11 +1,13 @@
 #include "geometry/dof.h"
 
+#include "foundation/qfile.h"
 #include "foundation/qreport.h"
 #include "foundation/qsafewrite.h"
-#include "foundation/qzeroblock.h"
 #include "geometry/dgeode.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <sys/stat.h>
 
 // The file as a whole: DOF1, which holds the materials in MATS and the geometry in GEOB and ends in EDOF.
 
@@ -44,19 +46,40 @@ bool DofReader::Afford(size_t objectSize)
   return true;
 }
 
-void DofPutString(QByteWriter& out, std::string_view text)
+void DofWriter::PutString(std::string_view text)
 {
   text = text.substr(0, 32767); // the length is signed
-  out.PutU16(static_cast<uint16_t>(text.size()));
-  out.PutText(text);
+  PutU16(static_cast<uint16_t>(text.size()));
+  PutText(text);
 }
+
+namespace {
+
+// In one read into memory that the arrays of the next model will take over.
+bool ReadWhole(const std::string& path, DArray<std::byte>& content)
+{
+  std::FILE* file = qfopen(path.c_str(), "rb");
+  if (!file)
+    return false;
+  struct stat info = {};
+  const bool known = fstat(fileno(file), &info) == 0;
+  if (known) {
+    content.resize(static_cast<size_t>(info.st_size));
+    std::setvbuf(file, nullptr, _IONBF, 0); // straight to its place
+    content.resize(std::fread(content.data(), 1, content.size(), file));
+  }
+  qfclose(file);
+  return known;
+}
+
+} // namespace
 
 bool DGeode::ImportDOF(const std::string& path)
 {
-  QZeroBlock content;
-  if (!QReadFile(path, content))
+  DArray<std::byte> content;
+  if (!ReadWhole(path, content))
     return false;
-  DofReader in(content.Bytes(), path);
+  DofReader in(content, path);
   return ImportChunks(in);
 }
 
@@ -143,9 +166,9 @@ bool DGeode::ImportGeobs(DofReader& in)
   return true;
 }
 
-std::vector<std::byte> DGeode::ExportDOFBytes() const
+DArray<std::byte> DGeode::ExportDOFBytes() const
 {
-  QByteWriter out;
+  DofWriter out;
   size_t size = 4096 + material.size() * 256;
   for (const auto& g : geob)
     size += 4096 + g->index.size() * 2 + g->vertex.size() * (12 * 4 + 8 * 2);
@@ -171,7 +194,7 @@ std::vector<std::byte> DGeode::ExportDOFBytes() const
 
 bool DGeode::ExportDOF(const std::string& path) const
 {
-  if (QWriteFile(path, ExportDOFBytes()))
+  if (QWriteFile(path, std::span<const std::byte>(ExportDOFBytes())))
     return true;
   QERR("DGeode:ExportDOF(%s); can't write file", path.c_str());
   return false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/qbytes.h"
+#include "geometry/dblock.h"
 
 #include <bit>
 #include <cstddef>
@@ -80,11 +80,37 @@ inline size_t DofChunkEnd(DofReader& in)
   return in.Position() + (length < in.Left() ? length : in.Left());
 }
 
+// The bytes of a model file as they are written.
+class DofWriter
+{
+public:
+  void PutU16(uint16_t v) { Put(v); }
+  void PutU32(uint32_t v) { Put(v); }
+  void PutS32(int32_t v) { Put(v); }
+  void PutFloat(float v) { Put(v); }
+  void PutBytes(std::span<const std::byte> more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
+  void PutZeroes(size_t count) { bytes.resize(bytes.size() + count, std::byte{0}); }
+  void PutText(std::string_view text) { PutBytes(std::as_bytes(std::span(text.data(), text.size()))); }
+  void PutString(std::string_view text); // behind its 16-bit length; cut at what that can say
+  size_t Size() const { return bytes.size(); }
+  void PatchU32(size_t at, uint32_t v) { std::memcpy(&bytes[at], &v, sizeof(v)); }
+  void Reserve(size_t size) { bytes.reserve(size); }
+  DArray<std::byte> TakeBytes() { return std::move(bytes); }
+
+private:
+  template <typename T>
+  void Put(T value)
+  {
+    PutBytes(std::as_bytes(std::span(&value, 1)));
+  }
+  DArray<std::byte> bytes;
+};
+
 // A chunk being written, whose length is known when it ends.
 class DofChunk
 {
 public:
-  DofChunk(QByteWriter& writer, const char* id) : out(writer)
+  DofChunk(DofWriter& writer, const char* id) : out(writer)
   {
     out.PutText(id);
     lengthAt = out.Size();
@@ -95,7 +121,6 @@ public:
   DofChunk& operator=(const DofChunk&) = delete;
 
 private:
-  QByteWriter& out;
+  DofWriter& out;
   size_t lengthAt;
 };
-void DofPutString(QByteWriter& out, std::string_view text);

@@ -22,14 +22,13 @@ size_t ArrayCount(DofReader& in, size_t elementSize, const char* geode, bool* cu
 
 // As many elements as there are vertices, whatever the array holds.
 template <typename T>
-void PutParallel(QByteWriter& out, const char* id, const DArray<T>& array, size_t vertices)
+void PutParallel(DofWriter& out, const char* id, const DArray<T>& array, size_t vertices)
 {
   const DofChunk chunk(out, id);
   out.PutU32(static_cast<uint32_t>(vertices));
   const size_t there = std::min(array.size(), vertices);
   out.PutBytes(std::as_bytes(std::span(array.data(), there)));
-  for (size_t i = there * sizeof(T); i < vertices * sizeof(T); ++i)
-    out.PutU8(0);
+  out.PutZeroes((vertices - there) * sizeof(T));
 }
 
 } // namespace
@@ -156,7 +155,7 @@ void DGeob::ImportBursts(DofReader& in)
   }
 }
 
-void DGeob::ExportDOF(QByteWriter& out) const
+void DGeob::ExportDOF(DofWriter& out) const
 {
   const DofChunk whole(out, "GOB1");
   {

@@ -22,7 +22,7 @@ DVector4 GetColor(DofReader& in)
   return c;
 }
 
-void PutColor(QByteWriter& out, const DVector4& c)
+void PutColor(DofWriter& out, const DVector4& c)
 {
   for (int i = 0; i < 4; ++i)
     out.PutFloat(c[i]);
@@ -176,13 +176,13 @@ void DMaterial::ImportSubMaterials(DofReader& in, const DGeode* owner, int depth
   }
 }
 
-void DMaterial::ExportDOF(QByteWriter& out) const
+void DMaterial::ExportDOF(DofWriter& out) const
 {
   const DofChunk whole(out, "MAT0");
   {
     const DofChunk chunk(out, "MHDR");
-    DofPutString(out, name);
-    DofPutString(out, className);
+    out.PutString(name);
+    out.PutString(className);
   }
   {
     const DofChunk chunk(out, "MCOL");
@@ -208,7 +208,7 @@ void DMaterial::ExportDOF(QByteWriter& out) const
     const DofChunk chunk(out, "MTEX");
     out.PutU32(static_cast<uint32_t>(texture.size()));
     for (const auto& t : texture)
-      DofPutString(out, t->GetName() ? t->GetName() : "");
+      out.PutString(t->GetName() ? t->GetName() : "");
   }
   {
     const DofChunk chunk(out, "MSUB");
