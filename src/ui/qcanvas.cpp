@@ -2,6 +2,8 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "geometry/dtexfont.h"
+#include "geometry/dtexture.h"
 #include "ui/qapp.h"
 #include "ui/qfont.h"
 #include "ui/qglbatch.h"
@@ -213,6 +215,43 @@ void QCanvas::Text(std::string_view text, int x, int y, int len)
   if (!Ready() || !font->IsCreated())
     return;
   const Run run;
+  font->TexFont() ? TexFontText(text, x, y) : OutlineText(text, x, y);
+}
+
+// Scaled quads can't be cut at whole texels, so a character is drawn whole or not at all.
+void QCanvas::TexFontText(std::string_view text, int x, int y)
+{
+  DTexFont& texFont = *font->TexFont();
+  DTexture* texture = texFont.Texture().get();
+  if (!texture)
+    return;
+  if (texture->glTexture == 0)
+    texture->CreateTexture();
+  texFont.xScale = font->GetScaleX();
+  const DTexFont::Quads quads = texFont.Layout(font->TexFontText(text));
+  const QRect root = window.RootRect();
+  const QRect limit = ClipOnRoot();
+  const DVector2 origin(root.x + x, root.y + y);
+  const uint32_t rgba = Packed(color, blending);
+  for (size_t i = 0; i + 4 <= quads.position.size(); i += 4) {
+    std::array<QGLBatch::Vertex, 4> corners;
+    // The left edge on a whole pixel: a texel is then a pixel, and letters are sharp.
+    const float left = quads.position[i].x;
+    const float shift = std::round(left) - left;
+    for (size_t k = 0; k < 4; ++k) {
+      const DVector2& p = quads.position[i + k];
+      const DVector2& t = quads.texCoord[i + k];
+      corners[k] = {origin.x + p.x + shift, origin.y - p.y * font->GetScaleY(), t.x, t.y, rgba};
+    }
+    const bool inside =
+        corners[3].x >= static_cast<float>(limit.x) && corners[1].x <= static_cast<float>(limit.x + limit.wid);
+    if (inside)
+      app->GetBatch().Quad(texture->glTexture, corners);
+  }
+}
+
+void QCanvas::OutlineText(std::string_view text, int x, int y)
+{
   QOutlineFace& face = *font->Face();
   const QRect root = window.RootRect();
   const QRect limit = ClipOnRoot();

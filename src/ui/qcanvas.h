@@ -90,6 +90,8 @@ private:
     float x, y, u, v;
   };
 
+  void OutlineText(std::string_view text, int x, int y);
+  void TexFontText(std::string_view text, int x, int y);
   bool Ready();
   void Quad(QRect r, const std::array<QColor, 4>& corners);
   QRect ClipOnRoot() const;

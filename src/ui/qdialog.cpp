@@ -98,7 +98,7 @@ void QDialog::Paint(const QRect*)
     cv.SetColor(0, 0, 0, 22);
     cv.Rectfill(7 - i, 7 - i, rect.wid + 2 * i - 6, rect.hgt + 2 * i - 6);
   }
-  cv.SetColor(46, 54, 57, 250);
+  cv.SetColor(46, 54, 57, 255);
   cv.Rectfill(0, 0, rect.wid, rect.hgt);
   cv.SetColor(PX_FACE, 255);
   cv.Rectangle(-1, -1, rect.wid + 2, rect.hgt + 2);

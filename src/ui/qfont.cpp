@@ -1,7 +1,9 @@
 #include "ui/qfont.h"
 
 #include "foundation/qreport.h"
+#include "geometry/dtexfont.h"
 #include "ui/qglyphs.h"
+#include "ui/qtext.h"
 
 #include <algorithm>
 
@@ -19,6 +21,8 @@ QFont::~QFont() = default;
 
 bool QFont::Create()
 {
+  if (type == TEXTURE_FONT)
+    return CreateTexFont();
   if (type != OUTLINE_FONT) {
     QWARN("QFont:Create(): unknown fontType (%d)", type);
     return false;
@@ -31,29 +35,66 @@ bool QFont::Create()
   return face != nullptr;
 }
 
+bool QFont::CreateTexFont()
+{
+  if (texFont)
+    QERR("QFont:Create(); texFont (%s) was already created", family.c_str());
+  texFont = std::make_shared<DTexFont>();
+  if (texFont->Load(family))
+    return true;
+  QWARN("Couldn't load texture of tex font '%s'", family.c_str());
+  texFont.reset();
+  return false;
+}
+
 void QFont::Destroy()
 {
   smaller.reset();
   face.reset();
+  texFont.reset();
+}
+
+std::string QFont::TexFontText(std::string_view text) const
+{
+  std::string codes;
+  for (size_t at = 0; at < text.size();) {
+    const char32_t c = QNextChar(text, at);
+    const auto& ranges = texFont->Ranges();
+    const bool known = c < 256 && std::any_of(ranges.begin(), ranges.end(), [c](const DTexFont::Range& r) {
+                         return static_cast<int>(c) >= r.first && static_cast<int>(c) <= r.last;
+                       });
+    if (known)
+      codes += static_cast<char>(c);
+    else if (c != '\n' && missing.insert(c).second)
+      static_cast<void>(texFont->Find(static_cast<int>(c)));
+  }
+  return codes;
 }
 
 float QFont::GetHeight(const char* text) const
 {
-  if (!face)
+  if (!IsCreated())
     return 0;
   const std::string_view lines = text ? text : "";
   const auto count = 1 + std::count(lines.begin(), lines.end(), '\n');
-  return static_cast<float>(face->Ascent() + face->Descent()) * static_cast<float>(count);
+  const float line =
+      texFont ? static_cast<float>(texFont->Height()) * scaleY : static_cast<float>(face->Ascent() + face->Descent());
+  return line * static_cast<float>(count);
 }
 
 float QFont::GetAscent() const
 {
-  return face ? static_cast<float>(face->Ascent()) : 0;
+  return face ? static_cast<float>(face->Ascent()) : GetHeight() * 0.8f;
 }
 
 float QFont::GetWidth(std::string_view text, int len) const
 {
-  return face ? face->Width(len < 0 ? text : text.substr(0, static_cast<size_t>(len))) : 0;
+  if (len >= 0)
+    text = text.substr(0, static_cast<size_t>(len));
+  if (!texFont)
+    return face ? face->Width(text) : 0;
+  texFont->xScale = scaleX;
+  return texFont->Width(TexFontText(text));
 }
 
 float QFont::GetScaleX() const
@@ -78,17 +119,24 @@ void QFont::SetScale(float x, float y)
   }
   scaleX = x;
   scaleY = y;
+  smaller.reset();
 }
 
 QFont* QFont::Smaller()
 {
-  if (type != OUTLINE_FONT || !face || size <= SMALLEST_SIZE)
+  if (!IsCreated() || size <= SMALLEST_SIZE)
     return nullptr;
-  if (!smaller) {
-    smaller = std::make_unique<QFont>(family, size - 1, slant, weight, type);
+  if (smaller)
+    return smaller->IsCreated() ? smaller.get() : nullptr;
+  smaller = std::make_unique<QFont>(family, size - 1, slant, weight, type);
+  if (texFont) { // its pictures stay, drawn narrower
+    smaller->texFont = texFont;
+    smaller->scaleX = scaleX * static_cast<float>(size - 1) / static_cast<float>(size);
+    smaller->scaleY = scaleY;
+  } else {
     static_cast<void>(smaller->Create());
   }
-  return smaller->face ? smaller.get() : nullptr;
+  return smaller->IsCreated() ? smaller.get() : nullptr;
 }
 
 QFont* QFont::FittingFont(std::string_view text, int wid)

@@ -3,9 +3,11 @@
 #include "foundation/qobject.h"
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 
+class DTexFont;
 class QOutlineFace;
 
 // A font by its family name. Which face of the machine stands behind it is looked up when it is created.
@@ -38,7 +40,7 @@ public:
   // False, reported, when the machine has no such font; then it measures and draws nothing.
   bool Create();
   void Destroy();
-  bool IsCreated() const { return face != nullptr; }
+  bool IsCreated() const { return face || texFont; }
   const std::string& GetFamily() const { return family; }
   int GetSize() const { return size; }
   int GetType() const { return type; }
@@ -52,7 +54,10 @@ public:
   float GetScaleY() const;
   void SetScale(float x, float y);
 
-  QOutlineFace* Face() const { return face.get(); }
+  QOutlineFace* Face() const { return face.get(); }   // null for a texture font
+  DTexFont* TexFont() const { return texFont.get(); } // null for an outline font
+  // The text in the single-byte codes of a texture font, without what it has no picture for (reported once each).
+  std::string TexFontText(std::string_view text) const;
   // The same font a point smaller; null when that would be too small to read.
   QFont* Smaller();
   // This font, or the largest smaller form of it in which the text is at most wid wide; the smallest when none is.
@@ -62,6 +67,9 @@ private:
   std::string family;
   int size, slant, weight, type;
   float scaleX = 1, scaleY = 1;
+  bool CreateTexFont();
   std::unique_ptr<QOutlineFace> face;
+  std::shared_ptr<DTexFont> texFont; // shared with the smaller forms
+  mutable std::set<char32_t> missing;
   std::unique_ptr<QFont> smaller;
 };

@@ -1,6 +1,7 @@
 #include "ui/qxwindow.h"
 
 #include "geometry/dglobal.h"
+#include "geometry/dpipe.h"
 
 QXWindow::~QXWindow()
 {
@@ -13,5 +14,6 @@ bool QXWindow::Create(const QDisplayWindow& wanted)
   if (!display.CreateWindow(wanted))
     return false;
   DGlobals().hasContext = display.CreateContext();
+  DThePipe().Invalidate();
   return true;
 }

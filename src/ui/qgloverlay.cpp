@@ -1,0 +1,98 @@
+#include "ui/qgloverlay.h"
+
+#include "geometry/dglobal.h"
+#include "geometry/dpipe.h"
+#include "ui/qapp.h"
+#include "ui/qcanvas.h"
+#include "ui/qfont.h"
+
+#include <epoxy/gl.h>
+#include <glm/gtc/type_ptr.hpp>
+
+namespace {
+
+void Setup(const DOverlayStyle& style)
+{
+  DPipe& pipe = DThePipe();
+  pipe.Disable(GL_LIGHTING);
+  pipe.Disable(GL_CULL_FACE);
+  pipe.Disable(GL_ALPHA_TEST);
+  pipe.SelectUnit(0);
+  pipe.DisableTexture(GL_TEXTURE_2D);
+  pipe.Set(GL_DEPTH_TEST, style.depthTest);
+  pipe.Set(GL_BLEND, style.blend);
+  pipe.Set(GL_LINE_SMOOTH, style.blend);
+  if (style.blend)
+    pipe.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  pipe.Set(GL_POLYGON_OFFSET_FILL, style.offset != 0);
+  if (style.offset != 0)
+    pipe.PolygonOffset(style.offset, style.offset);
+  pipe.BindArrayBuffer(0);
+  pipe.DisableArray(DPipe::NORMAL_ARRAY);
+  pipe.DisableArray(DPipe::COLOR_ARRAY);
+  pipe.DisableTexCoordArray();
+  pipe.EnableArray(DPipe::VERTEX_ARRAY);
+  glLineWidth(style.width);
+  glPointSize(style.width);
+  const QColor& c = style.color;
+  glColor4ub(static_cast<GLubyte>(c.GetR()), static_cast<GLubyte>(c.GetG()), static_cast<GLubyte>(c.GetB()),
+             static_cast<GLubyte>(c.GetA()));
+}
+
+void Draw(GLenum what, std::span<const DVector3> points, const DOverlayStyle& style)
+{
+  if (!DGlobals().hasContext || points.empty())
+    return;
+  Setup(style);
+  glVertexPointer(3, GL_FLOAT, sizeof(DVector3), points.data());
+  glDrawArrays(what, 0, static_cast<GLsizei>(points.size()));
+}
+
+} // namespace
+
+void QGLOverlay::Points(std::span<const DVector3> points, const DOverlayStyle& style)
+{
+  Draw(GL_POINTS, points, style);
+}
+
+void QGLOverlay::Lines(std::span<const DVector3> points, const DOverlayStyle& style)
+{
+  Draw(GL_LINES, points, style);
+}
+
+void QGLOverlay::LineLoop(std::span<const DVector3> points, const DOverlayStyle& style)
+{
+  Draw(GL_LINE_LOOP, points, style);
+}
+
+void QGLOverlay::Triangles(std::span<const DVector3> corners, const DOverlayStyle& style)
+{
+  Draw(GL_TRIANGLES, corners, style);
+}
+
+void QGLOverlay::Quads(std::span<const DVector3> corners, const DOverlayStyle& style)
+{
+  Draw(GL_QUADS, corners, style);
+}
+
+void QGLOverlay::Text(const DVector3& at, std::string_view text, const DOverlayStyle& style)
+{
+  if (!DGlobals().hasContext || !app || !app->GetShell())
+    return;
+  DMatrix4 model, projection;
+  GLint view[4];
+  glGetFloatv(GL_MODELVIEW_MATRIX, glm::value_ptr(model));
+  glGetFloatv(GL_PROJECTION_MATRIX, glm::value_ptr(projection));
+  glGetIntegerv(GL_VIEWPORT, view);
+  const DVector4 clip = projection * model * DVector4(at, 1.0f);
+  if (clip.w <= 0 || glm::abs(clip.x) > clip.w || glm::abs(clip.y) > clip.w)
+    return;
+  const float x = static_cast<float>(view[0]) + (clip.x / clip.w + 1) * 0.5f * static_cast<float>(view[2]);
+  const float y = static_cast<float>(view[1]) + (clip.y / clip.w + 1) * 0.5f * static_cast<float>(view[3]);
+  QFont* font = canvas.GetFont() ? canvas.GetFont() : app->GetSystemFont();
+  canvas.SetFont(font);
+  canvas.SetBlending(true);
+  canvas.SetColor(style.color);
+  canvas.Text(text, static_cast<int>(x),
+              app->GetShell()->rect.hgt - static_cast<int>(y) - static_cast<int>(font->GetHeight()));
+}
