@@ -200,7 +200,9 @@ void QEdit::MoveByLines(int count, bool select)
   const int from = static_cast<int>(LineOf(lines, cursor));
   const Line& target = lines[static_cast<size_t>(std::clamp(from + count, 0, last))];
   size_t at = target.begin;
-  for (int x = GetCursorX(); x > 0 && at < target.end; --x)
+  if (column < 0)
+    column = GetCursorX();
+  for (int x = column; x > 0 && at < target.end; --x)
     QNextChar(text, at);
   MoveTo(at, select);
 }
@@ -347,6 +349,8 @@ bool QEdit::EvKeyPress(int key, int x, int y)
   if (!IsEnabled() || QIsModifierKey(plain) || plain == QKEY_TAB)
     return QControl::EvKeyPress(key, x, y);
   caretSince = app->GetDisplay().Clock();
+  if (plain != QKEY_UP && plain != QKEY_DOWN && plain != QKEY_PGUP && plain != QKEY_PGDN)
+    column = -1;
   const bool ctrl = key & QMOD_CTRL;
   if (plain == QKEY_ENTER && !IsMultiLine()) {
     SendEvent(QEvent::CLICK, key);
@@ -362,6 +366,7 @@ bool QEdit::EvButtonPress(int button, int x, int y)
     return false;
   app->GetWindowManager()->SetKeyboardFocus(this);
   caretSince = app->GetDisplay().Clock();
+  column = -1;
   MoveTo(PositionAt(x, y), app->GetModifiers() & QMOD_SHIFT);
   selecting = true;
   GrabPointer();

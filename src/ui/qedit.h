@@ -81,6 +81,7 @@ private:
   size_t maxSize;
   size_t cursor = 0, anchor = 0; // the selection lies between them
   size_t firstLine = 0;
+  int column = -1; // that moving up and down keeps to; -1: the cursor's
   int scrollX = 0; // pixels hidden at the left
   bool selecting = false;
   char32_t typed = 0;     // by the key press that is being handled

@@ -1,0 +1,217 @@
+#include "foundation/qbitmap.h"
+#include "platform/qsdldisplay.h"
+#include "platform/qsdlkeys.h"
+#include "platform/qsingleinstance.h"
+#include "ui/qapp.h"
+#include "ui/qbutton.h"
+#include "ui/qfont.h"
+#include "ui/qglbatch.h"
+#include "ui/qgloverlay.h"
+#include "ui/qscreenshot.h"
+
+#include <SDL.h>
+#include <cstdlib>
+#include <epoxy/gl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+TEST(SdlKeys, HaveTheNumbersThatTheSystemCompares)
+{
+  const struct
+  {
+    SDL_Keycode symbol;
+    int key;
+  } cases[] = {{SDLK_a, 'A'},       {SDLK_z, 'Z'},        {SDLK_7, '7'},      {SDLK_F1, 112},      {SDLK_F12, 123},
+               {SDLK_KP_0, 96},     {SDLK_KP_1, 97},      {SDLK_KP_9, 105},   {SDLK_KP_ENTER, 13}, {SDLK_RETURN, 13},
+               {SDLK_KP_PLUS, 107}, {SDLK_KP_MINUS, 109}, {SDLK_RSHIFT, 16},  {SDLK_LCTRL, 17},    {SDLK_RALT, 18},
+               {SDLK_DELETE, 46},   {SDLK_HOME, 36},      {SDLK_EQUALS, 187}, {SDLK_VOLUMEUP, 0}};
+  for (const auto& c : cases)
+    EXPECT_EQ(c.key, QKeyFromSDL(c.symbol)) << SDL_GetKeyName(c.symbol);
+}
+
+TEST(SingleInstance, IsHeldUntilItsProcessEnds)
+{
+  const std::string name = "pavex-test-" + std::to_string(getpid());
+  // In a process that is killed, and so can't tidy up.
+  int ready[2];
+  ASSERT_EQ(0, pipe(ready));
+  const pid_t child = fork();
+  if (child == 0) {
+    const QSingleInstance held(name);
+    const char answer = held.IsFirst() ? 'y' : 'n';
+    static_cast<void>(!write(ready[1], &answer, 1));
+    pause();
+    _exit(0);
+  }
+  char answer = 0;
+  ASSERT_EQ(1, read(ready[0], &answer, 1));
+  EXPECT_EQ('y', answer);
+  EXPECT_FALSE(QSingleInstance(name).IsFirst());
+  EXPECT_TRUE(QSingleInstance(name + "-other").IsFirst());
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_TRUE(QSingleInstance(name).IsFirst());
+  close(ready[0]);
+  close(ready[1]);
+}
+
+// Draws for real, without a screen.
+class OffscreenTest : public testing::Test
+{
+protected:
+  void SetUp() override
+  {
+    setenv("SDL_VIDEODRIVER", "offscreen", 1);
+    auto owned = std::make_unique<QSDLDisplay>();
+    display = owned.get();
+    if (!display->Open())
+      GTEST_SKIP() << "no offscreen video driver here";
+    application = std::make_unique<QApp>("test", "Test", std::move(owned));
+    application->rShell = {0, 0, 320, 240};
+    application->createFlags |= QApp::NO_BC;
+    if (!application->Create() || !QReadBackBuffer(picture))
+      GTEST_SKIP() << "no OpenGL context without a screen here";
+  }
+  QColor At(int x, int y)
+  {
+    EXPECT_TRUE(QReadBackBuffer(picture));
+    QColor c;
+    picture.GetColorAt(x, y, c);
+    return c;
+  }
+  void Clear()
+  {
+    QCanvas& cv = application->GetShell()->GetCanvas();
+    cv.SetBlending(false);
+    cv.SetColor(0, 0, 0);
+    cv.Clear();
+  }
+  // Pixels in the rectangle that aren't black.
+  int Lit(const QRect& r)
+  {
+    EXPECT_TRUE(QReadBackBuffer(picture));
+    int n = 0;
+    QColor c;
+    for (int y = r.y; y < r.y + r.hgt; ++y)
+      for (int x = r.x; x < r.x + r.wid; ++x) {
+        picture.GetColorAt(x, y, c);
+        n += c.GetR() + c.GetG() + c.GetB() > 0;
+      }
+    return n;
+  }
+
+  QSDLDisplay* display = nullptr;
+  std::unique_ptr<QApp> application;
+  QBitMap picture;
+};
+
+TEST_F(OffscreenTest, RectanglesCoverJustTheirPixels)
+{
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  Clear();
+  cv.SetColor(255, 0, 0);
+  cv.Rectfill(10, 20, 30, 5);
+  EXPECT_EQ(150, Lit({0, 0, 320, 240}));
+  EXPECT_EQ(QColor(255, 0, 0).GetRGBA(), At(10, 20).GetRGBA());
+  EXPECT_EQ(QColor(255, 0, 0).GetRGBA(), At(39, 24).GetRGBA());
+  Clear();
+  cv.SetColor(255, 0, 0);
+  cv.Rectangle(10, 20, 30, 5);
+  EXPECT_EQ(66, Lit({0, 0, 320, 240}));
+  Clear();
+  cv.SetColor(255, 0, 0);
+  cv.SetClipRect(0, 0, 15, 22);
+  cv.Rectfill(10, 20, 30, 5);
+  cv.DisableClipping();
+  EXPECT_EQ(10, Lit({0, 0, 320, 240}));
+  Clear();
+  cv.SetColor(200, 100, 50, 128);
+  cv.Rectfill(0, 0, 4, 4); // blending is off: alpha means nothing
+  EXPECT_EQ(200, At(1, 1).GetR());
+  cv.SetBlending(true);
+  cv.Rectfill(10, 0, 4, 4);
+  EXPECT_NEAR(100, At(11, 1).GetR(), 2);
+}
+
+TEST_F(OffscreenTest, TextStandsWhereItIsMeasured)
+{
+  QFont* font = application->GetSystemFont();
+  if (!font->IsCreated())
+    GTEST_SKIP() << "no font on this machine";
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  Clear();
+  cv.SetFont(font);
+  cv.SetColor(255, 255, 255);
+  cv.SetBlending(true);
+  cv.Text("Grid", 50, 60);
+  const int wid = static_cast<int>(font->GetWidth("Grid"));
+  const int hgt = static_cast<int>(font->GetHeight());
+  const int inside = Lit({50, 60, wid, hgt});
+  EXPECT_GT(inside, 30);
+  EXPECT_EQ(inside, Lit({0, 0, 320, 240}));
+}
+
+TEST_F(OffscreenTest, AnInterfaceTakesFewDrawCalls)
+{
+  std::vector<std::unique_ptr<QButton>> buttons;
+  for (int i = 0; i < 50; ++i)
+    buttons.push_back(std::make_unique<QButton>(application->GetShell(), QRect{i % 5 * 64, i / 5 * 24, 60, 20}, "Op"));
+  const int before = application->GetBatch().Calls();
+  application->GetWindowManager()->PaintAll();
+  EXPECT_EQ(1, application->GetBatch().Calls() - before);
+  EXPECT_EQ(0u, glGetError());
+}
+
+TEST_F(OffscreenTest, DrawingLeavesTheStateAlone)
+{
+  glEnable(GL_DEPTH_TEST);
+  glEnable(GL_LIGHTING);
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+  glTranslatef(1, 2, 3);
+  glViewport(5, 6, 70, 80);
+  QButton button(application->GetShell(), {0, 0, 60, 20}, "Op");
+  application->GetWindowManager()->PaintAll();
+  EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+  EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
+  EXPECT_FALSE(glIsEnabled(GL_TEXTURE_2D));
+  EXPECT_FALSE(glIsEnabled(GL_VERTEX_ARRAY));
+  float matrix[16];
+  glGetFloatv(GL_MODELVIEW_MATRIX, matrix);
+  EXPECT_EQ(2, matrix[13]);
+  int view[4];
+  glGetIntegerv(GL_VIEWPORT, view);
+  EXPECT_EQ(70, view[2]);
+}
+
+TEST_F(OffscreenTest, TheOverlayDrawsWithTheCurrentMatrices)
+{
+  Clear();
+  glViewport(0, 0, 320, 240);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glOrtho(0, 320, 0, 240, -1, 1);
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+  QGLOverlay overlay(application->GetShell()->GetCanvas());
+  DOverlayStyle style;
+  style.color = QColor(0, 255, 0);
+  style.depthTest = false;
+  const DVector3 quad[] = {{10, 10, 0}, {30, 10, 0}, {30, 20, 0}, {10, 20, 0}};
+  overlay.Quads(quad, style);
+  EXPECT_EQ(200, Lit({0, 0, 320, 240}));
+  EXPECT_EQ(255, At(15, 239 - 15).GetG()); // its y goes up
+  Clear();
+  overlay.Line({100, 50.5f, 0}, {150, 50.5f, 0}, style);
+  EXPECT_NEAR(50, Lit({95, 180, 60, 20}), 1);
+  overlay.Text({200, 100, 0}, "T1", style);
+  if (application->GetSystemFont()->IsCreated()) {
+    EXPECT_GT(Lit({200, 120, 40, 25}), 5);
+  }
+  EXPECT_EQ(0u, glGetError());
+}
+
+} // namespace
