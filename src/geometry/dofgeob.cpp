@@ -160,7 +160,8 @@ void DGeob::ExportDOF(DofWriter& out) const
   const DofChunk whole(out, "GOB1");
   {
     const DofChunk chunk(out, "GHDR");
-    out.PutU32(flags);
+    // What holds for this run alone means nothing to the next one.
+    out.PutU32(flags & ~static_cast<uint32_t>(TRANSPARENT_PASS | IN_VBO | ADJACENCY | BOX_VALID));
     out.PutU32(paintFlags);
     out.PutS32(materialRef);
   }

@@ -86,4 +86,5 @@ void ToolProgress(const char* what, float done);
 // The groups.
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
+std::vector<ToolVerb> ToolModelVerbs();
 std::vector<ToolVerb> ToolTrackVerbs();

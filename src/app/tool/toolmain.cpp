@@ -16,7 +16,7 @@ namespace {
 std::vector<ToolVerb> AllVerbs()
 {
   std::vector<ToolVerb> all;
-  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolTrackVerbs})
+  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolModelVerbs, ToolTrackVerbs})
     for (ToolVerb& verb : group())
       all.push_back(std::move(verb));
   return all;
