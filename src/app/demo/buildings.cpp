@@ -26,7 +26,7 @@ void AddGarages(DemoModel& model, const DemoStation& from, const DemoStation& to
   const double near = Used(from, side) + FRONT, far = near + DEPTH;
   // a to b is the front as one sees it from the lane, from left to right.
   const bool onRight = side == DEMO_RIGHT;
-  const DemoStation &left = onRight ? from : to, &right = onRight ? to : from;
+  const DemoStation &left = onRight ? to : from, &right = onRight ? from : to;
   const DVector3 a = left.Beside(side, near, -0.3), b = right.Beside(side, near, -0.3);
   const DVector3 c = right.Beside(side, far, -0.3), d = left.Beside(side, far, -0.3),
                  high = up * static_cast<float>(HEIGHT + 0.3);
@@ -92,7 +92,7 @@ void DemoAddPits(DemoScenery& scenery, const DemoCourse& course)
       };
       DemoMesh& mesh = wall.Finest().Mesh("concrete");
       const bool onRight = side == DEMO_RIGHT;
-      const DemoStation &l = onRight ? a : b, &r = onRight ? b : a;
+      const DemoStation &l = onRight ? b : a, &r = onRight ? a : b;
       mesh.Plane({at2(l, 0.5, -0.2), at2(r, 0.5, -0.2), at2(r, 0.5, 1.0), at2(l, 0.5, 1.0)}, {0, 0}, {3, 0.4f});
       mesh.Plane({at2(r, 0.6, -0.2), at2(l, 0.6, -0.2), at2(l, 0.6, 1.0), at2(r, 0.6, 1.0)}, {0, 0}, {3, 0.4f});
       wall.Finest().Mesh("plain").Plane({at2(l, 0.5, 1.0), at2(r, 0.5, 1.0), at2(r, 0.6, 1.0), at2(l, 0.6, 1.0)},
@@ -118,7 +118,7 @@ void DemoAddStand(DemoScenery& scenery, const DemoCourse& course)
       continue; // no room here
     const double near = beside.barrier + 4, far = near + DEPTH;
     const bool onRight = side == DEMO_RIGHT;
-    const DemoStation &left = onRight ? from : to, &right = onRight ? to : from;
+    const DemoStation &left = onRight ? to : from, &right = onRight ? from : to;
     const auto L = [&](double offset, double y) { return left.Beside(side, offset, y); };
     const auto R = [&](double offset, double y) { return right.Beside(side, offset, y); };
     DemoNode& node = scenery.AddNode(DemoNumbered("stand", number++, 2), 0);

@@ -1,5 +1,7 @@
 #include "app/demo/demo.h"
 
+#include "app/demo/datafiles.h"
+#include "app/demo/fontmaker.h"
 #include "app/demo/writer.h"
 #include "foundation/qreport.h"
 
@@ -14,7 +16,7 @@ constexpr const char* USAGE =
     "pavex-demo [--root DIR]                                  writes data/tracks/lakeside below DIR (default: .)\n"
     "pavex-demo [--root DIR] --centreline FILE.csv --name NAME  the same from a line of x, y, width right, width left\n"
     "pavex-demo [--root DIR] --font FILE.ttf                  writes data/fonts/eurostile11.dtf and .tga\n"
-    "pavex-demo [--root DIR] --data                           writes the small files of the data root\n";
+    "pavex-demo [--root DIR] --data                           writes the small pictures of the data root\n";
 
 struct Options
 {
@@ -108,5 +110,12 @@ int DemoMain(const std::vector<std::string>& arguments)
     std::fputs(USAGE, stdout);
     return 0;
   }
+  bool done = true;
+  if (options.data)
+    done = DemoWriteData(options.root);
+  if (done && !options.font.empty())
+    done = DemoMakeFont(options.root, options.font);
+  if (options.data || !options.font.empty())
+    return done ? 0 : 1;
   return MakeTrack(options) ? 0 : 1;
 }

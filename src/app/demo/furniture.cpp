@@ -13,6 +13,25 @@ DVector3 Flat(const DVector3& v)
   return DNormalized({v.x, 0, v.z}, {1, 0, 0});
 }
 
+// A piece of guard rail: two beams, each bent outward in its middle, on a post. leftward: the road lies to the right
+// of the way from a to b.
+void AddRail(DemoMesh& mesh, const DVector3& a, const DVector3& b, double from, double length, bool leftward)
+{
+  const auto u = static_cast<float>(from / 4), wide = static_cast<float>(length / 4);
+  const DVector3 toRoad = Flat(glm::cross(b - a, DVector3(0, 1, 0))) * (leftward ? 1.0f : -1.0f);
+  static constexpr float heights[] = {0, 0.34f, 0.74f, 1.05f}, bulges[] = {0, 0.09f, 0.09f, 0};
+  for (size_t k = 0; k < 3; ++k) {
+    const DVector3 low = toRoad * bulges[k] + DVector3(0, heights[k], 0);
+    const DVector3 high = toRoad * bulges[k + 1] + DVector3(0, heights[k + 1], 0);
+    const float v0 = heights[k] / 1.05f, v1 = heights[k + 1] / 1.05f;
+    // Towards the road, so that the light falls on the side that is seen.
+    if (leftward)
+      mesh.Plane({a + low, b + low, b + high, a + high}, {u, v0}, {u + wide, v1});
+    else
+      mesh.Plane({b + low, a + low, a + high, b + high}, {u, v0}, {u + wide, v1});
+  }
+}
+
 // Both sides' guard rails.
 void AddRails(DemoScenery& scenery, const DemoCourse& course, const DemoStrip& strip)
 {
@@ -34,14 +53,7 @@ void AddRails(DemoScenery& scenery, const DemoCourse& course, const DemoStrip& s
         if (course.At(i).side[static_cast<size_t>(side)].barrier <= 0 ||
             course.At(i + 1).side[static_cast<size_t>(side)].barrier <= 0)
           continue;
-        const DVector3 a = ground(i), b = ground(i + 1), up(0, 1.05f, 0);
-        const auto u = static_cast<float>(i * course.spacing / 4);
-        const auto wide = static_cast<float>(course.spacing / 4);
-        // Towards the road, so that the light falls on the side that is seen.
-        if (side == DEMO_LEFT)
-          mesh.Plane({a, b, b + up, a + up}, {u, 0}, {u + wide, 1});
-        else
-          mesh.Plane({b, a, a + up, b + up}, {u, 0}, {u + wide, 1});
+        AddRail(mesh, ground(i), ground(i + 1), i * course.spacing, course.spacing, side == DEMO_LEFT);
       }
     if (mesh.indices.empty())
       continue;
@@ -79,21 +91,24 @@ void AddBoards(DemoScenery& scenery, const DemoCourse& course)
             node.levels[0].Mesh("plain").Box(foot + right * x + at.Along() * 0.08f, right, 0.08, 0.08, 1.7, 1, grey);
       }
     }
+    DemoNode banners;
+    banners.distances = {650};
     for (int k = 0; k < 4; ++k) {
       const DemoStation at(course, (corner.first + (corner.last - corner.first) * (k + 0.5) / 4) * course.spacing);
       const DemoSide& beside = at.Section().side[static_cast<size_t>(outside)];
       if (beside.barrier < 6 || beside.lane > 0)
         continue;
-      DemoNode& node = scenery.AddNode(DemoNumbered("advert", adverts), 0);
-      node.distances = {650};
       const DVector3 inward = Flat(at.Beside(outside, 0, 0) - at.Beside(outside, 10, 0));
       const DVector3 right = glm::cross(DVector3(0, 1, 0), inward);
-      DemoMesh& mesh = node.Finest().Mesh("signs");
-      for (const float x : {-3.6f, 0.0f, 3.6f})
-        DemoAddSign(mesh, DEMO_SIGN_ADVERT0 + (adverts + static_cast<int>(x)) % 4,
-                    at.Beside(outside, beside.barrier - 0.25, 0.55) + right * x, right, 3.5, 1.1);
-      ++adverts;
+      for (int n = -1; n <= 1; ++n)
+        DemoAddSign(banners.Finest().Mesh("signs"), DEMO_SIGN_ADVERT0 + (adverts + k + n + 4) % 4,
+                    at.Beside(outside, beside.barrier - 0.25, 0.55) + right * (3.6f * static_cast<float>(n)), right,
+                    3.5, 1.1);
     }
+    if (banners.Finest().Triangles() == 0)
+      continue;
+    banners.name = DemoNumbered("advert", adverts++);
+    scenery.nodes.push_back(std::move(banners));
   }
 }
 

@@ -55,6 +55,26 @@ void LayOut(DemoCourse& course, const DemoLine& line)
   }
 }
 
+// Two neighbours' lateral ends must not change places, where a narrow bend turns faster than its curvature says. The
+// way to an end is asked for with a factor, by which it is to be shortened first.
+template <typename Way>
+void Unfold(DemoCourse& course, Way way)
+{
+  for (int pass = 0, changed = 1; pass < 60 && changed; ++pass) {
+    changed = 0;
+    for (int i = 0; i < course.Count(); ++i)
+      for (int side = 0; side < 2; ++side) {
+        DemoSection &a = course.sections[U(i)], &b = course.sections[U(course.Wrap(i + 1))];
+        const double wayA = way(a, side, 1.0), wayB = way(b, side, 1.0);
+        const DemoPlan step = b.Lateral(b.Sign(side) * wayB) - a.Lateral(a.Sign(side) * wayA);
+        if (std::min(glm::dot(step, a.tangent), glm::dot(step, b.tangent)) > 0.12 * course.spacing)
+          continue;
+        changed |= way(a, side, 0.8) < wayA - 0.01;
+        changed |= way(b, side, 0.8) < wayB - 0.01;
+      }
+  }
+}
+
 // An edge inside a bend must not run backwards: there the road is narrower than the line says.
 void NarrowTightBends(DemoCourse& course)
 {
@@ -63,6 +83,11 @@ void NarrowTightBends(DemoCourse& course)
     double& inside = s.half[s.curvature > 0 ? DEMO_RIGHT : DEMO_LEFT];
     inside = std::max(0.5, std::min(inside, room));
   }
+  Unfold(course, [](DemoSection& s, int side, double factor) {
+    double& half = s.half[U(side)];
+    half = std::max(std::min(half, 0.3), half * factor);
+    return half;
+  });
 }
 
 void SetHeights(DemoCourse& course)
@@ -117,25 +142,10 @@ void FindReach(DemoCourse& course)
         reach = std::min(reach, free[U(course.Wrap(i + k))][U(side)] + std::abs(k) * 1.5);
       course.sections[U(i)].side[U(side)].reach = reach;
     }
-  // Two sections' outer ends must not change places, where a narrow bend turns faster than its curvature says.
-  for (int pass = 0, changed = 1; pass < 60 && changed; ++pass) {
-    changed = 0;
-    for (int i = 0; i < n; ++i)
-      for (int side = 0; side < 2; ++side) {
-        DemoSection &a = course.sections[U(i)], &b = course.sections[U(course.Wrap(i + 1))];
-        const auto end = [&](const DemoSection& s) {
-          return s.Lateral(s.Sign(side) * (s.half[U(side)] + s.side[U(side)].reach));
-        };
-        const DemoPlan step = end(b) - end(a);
-        if (std::min(glm::dot(step, a.tangent), glm::dot(step, b.tangent)) > 0.12 * course.spacing)
-          continue;
-        if (a.side[U(side)].reach + b.side[U(side)].reach < 0.1)
-          continue;
-        a.side[U(side)].reach *= 0.8;
-        b.side[U(side)].reach *= 0.8;
-        changed = 1;
-      }
-  }
+  Unfold(course, [](DemoSection& a, int side, double factor) {
+    a.side[U(side)].reach *= factor;
+    return a.half[U(side)] + a.side[U(side)].reach;
+  });
 }
 
 void FindCorners(DemoCourse& course)
@@ -237,7 +247,7 @@ void ShapeSides(DemoCourse& course)
       if (s.gravel && s.reach < 16)
         s.gravel = false;
       if (s.reach > 4)
-        s.barrier = used > 0.5 ? std::min(s.reach - 1.5, used + 6) : std::min(s.reach - 1.5, s.reach * 0.72);
+        s.barrier = std::min(s.reach - 1.5, std::max(used > 0 ? used + 6 : 0, 0.72 * std::min(s.reach, REACH)));
     }
 }
 

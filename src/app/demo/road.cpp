@@ -2,8 +2,8 @@
 
 namespace {
 
-constexpr int ROAD_CHUNK = 8; // sections a node
-constexpr int VERGE_CHUNK = 12;
+constexpr int ROAD_CHUNK = 10; // sections a node
+constexpr int VERGE_CHUNK = 16;
 
 // Offsets of the five columns of a side, from the road's edge outward.
 std::array<double, DemoStrip::SIDE> Offsets(const DemoSide& s)
@@ -13,7 +13,9 @@ std::array<double, DemoStrip::SIDE> Offsets(const DemoSide& s)
     return {s.island * 0.3, s.island, lane, apron, std::max(s.reach, apron + 2)};
   }
   const double kerb = std::min(1.1, s.reach * 0.2), verge = std::min(4.0, s.reach * 0.4);
-  return {kerb, verge, std::max(verge, s.barrier - 1), std::max(verge, s.barrier + 1), s.reach};
+  const auto rail = [&](double by) { return std::clamp(s.barrier + by, verge, s.reach); };
+  // The outer end lies a little farther out, since it is moved to the land's lattice and must not come to lie inside.
+  return {kerb, verge, rail(-1), rail(1), s.reach + 0.03};
 }
 
 // Height over the road's edge there: flat beside the pits, elsewhere falling a little and then on its way to the land.
@@ -21,13 +23,11 @@ double Drop(const DemoSide& s, int column, double offset, double land)
 {
   if (s.lane > 0)
     return column < 4 ? -0.02 : -0.25;
-  if (column == 0)
-    return s.kerb ? 0.05 : -0.02;
-  if (column == 1)
-    return -0.07;
+  if (column == 0 && s.kerb)
+    return 0.05;
   const double outward = std::clamp(land * 0.6, -0.16 * offset, 0.2 * offset);
   const double t = s.reach > 0 ? offset / s.reach : 0;
-  return -0.1 + outward * t * t;
+  return -0.03 - 0.07 * DemoSmooth(1, 6, offset) + outward * t * t;
 }
 
 bool InQuad(const DemoPlan& p, const std::array<DVector3, 4>& q)
@@ -69,7 +69,7 @@ DemoStrip::DemoStrip(const DemoCourse& of) : course(of), nearest(of.sections)
         if (k == SIDE - 1) // the land's triangulation knows these places
           p = {std::round(p.x * 64) / 64, std::round(p.y * 64) / 64};
         const double edge = s.EdgeHeight(side);
-        const double y = edge + (offset > 0 ? Drop(beside, k, offset, course.land.Field(p) - zero - edge) : 0);
+        const double y = edge + Drop(beside, k, offset, course.land.Field(p) - zero - edge) * std::min(1.0, offset);
         row[static_cast<size_t>(side == DEMO_LEFT ? SIDE - 1 - k : RIGHT_EDGE + 1 + k)] = DemoAt(p, y);
         widest = std::max(widest, glm::length(p - s.at));
       }
@@ -133,6 +133,13 @@ std::string_view DemoStrip::MaterialOf(int section, int column) const
 
 void DemoStrip::EmitSpan(DemoModel& model, int section, int column) const
 {
+  // Where another stretch leaves no room only a seam is left.
+  const auto wide = [&](int i) {
+    const DVector3 across = Vertex(i, column + 1) - Vertex(i, column);
+    return glm::length(DVector2(across.x, across.z));
+  };
+  if (wide(section) < 0.05f && wide(section + 1) < 0.05f)
+    return;
   const std::string_view material = MaterialOf(section, column);
   DemoMesh& mesh = model.Mesh(material);
   const auto corner = [&](int ahead, int across) {

@@ -3,6 +3,7 @@
 int DemoMesh::Add(const DemoVertex& v)
 {
   vertices.push_back(v);
+  vertices.back().color = glm::clamp(v.color, DVector3(0.0f), DVector3(1.0f));
   return static_cast<int>(vertices.size()) - 1;
 }
 
@@ -95,8 +96,8 @@ DVector3 DemoLight(const DVector3& normal)
   // A warm sun, a blue sky above, and some green that the ground throws back.
   const float sun = std::max(0.0f, glm::dot(normal, DemoSun()));
   const float sky = 0.5f + 0.5f * normal.y;
-  const DVector3 light = sun * DVector3(0.74f, 0.69f, 0.58f) + sky * DVector3(0.40f, 0.45f, 0.52f) +
-                         (1 - sky) * DVector3(0.20f, 0.22f, 0.16f);
+  const DVector3 light = sun * DVector3(0.66f, 0.61f, 0.50f) + sky * DVector3(0.54f, 0.57f, 0.61f) +
+                         (1 - sky) * DVector3(0.46f, 0.46f, 0.40f);
   return glm::min(light, DVector3(1.0f));
 }
 

@@ -8,8 +8,8 @@ namespace {
 
 constexpr double NEAR_ROAD = 140; // how far the road's height counts
 constexpr double BEYOND = 1700;   // of the circuit's outermost place
-constexpr double LAND_CELL = 170, FAR_CELL = 700;
-constexpr double LAKE_CELL = 130;
+constexpr double LAND_CELL = 215, FAR_CELL = 950;
+constexpr double LAKE_CELL = 170;
 constexpr double LAKE_BED = 3.2;
 
 size_t U(int i)
@@ -49,7 +49,9 @@ double DemoTerrain::ShoreRadius(const DemoPlan& p) const
 {
   const DemoPlan d = p - course.lake.centre;
   const double angle = std::atan2(d.y, d.x);
-  return course.lake.radius * (0.72 + 0.28 * DemoFractal(4 + 1.6 * std::cos(angle), 4 + 1.6 * std::sin(angle), 3, 77));
+  return course.lake.radius *
+         (0.66 +
+          0.34 * DemoSmooth(0.25, 0.72, DemoFractal(4 + 1.5 * std::cos(angle), 4 + 1.5 * std::sin(angle), 3, 77)));
 }
 
 bool DemoTerrain::InLake(const DemoPlan& p, double margin) const
@@ -88,10 +90,10 @@ double DemoTerrain::Wood(const DemoPlan& p) const
 
 double DemoTerrain::PointSpacing(const DemoPlan& p, double distance) const
 {
-  double spacing = distance < 75 ? 9.5 : distance < 160 ? 15 : distance < 330 ? 28 : distance < 700 ? 60 : 150;
+  double spacing = distance < 150 ? 8 : distance < 300 ? 16 : distance < 480 ? 32 : distance < 800 ? 64 : 128;
   if (course.lake.radius > 0) {
     const double fromShore = std::abs(glm::length(p - course.lake.centre) - ShoreRadius(p));
-    if (fromShore < 30)
+    if (fromShore < 26)
       spacing = std::min(spacing, 8.0);
     else if (InLake(p, -30))
       spacing = std::max(spacing, 40.0);
@@ -103,7 +105,7 @@ double DemoTerrain::PointSpacing(const DemoPlan& p, double distance) const
 void DemoTerrain::ScatterPoints(const DemoPlan& middle, double half, std::vector<DemoPlan>& out) const
 {
   const double distance = std::max(0.0, strip.Nearest().DistanceTo(middle) - half * 1.2);
-  if (2 * half > 1.42 * PointSpacing(middle, distance)) {
+  if (2 * half > PointSpacing(middle, distance)) {
     for (const double x : {-0.5, 0.5})
       for (const double z : {-0.5, 0.5})
         ScatterPoints(middle + DemoPlan(x, z) * half, half / 2, out);
@@ -111,7 +113,8 @@ void DemoTerrain::ScatterPoints(const DemoPlan& middle, double half, std::vector
   }
   const auto kx = static_cast<int64_t>(middle.x * 8), kz = static_cast<int64_t>(middle.y * 8);
   const DemoPlan p = middle + DemoPlan(DemoRandom(kx, kz, 1) - 0.5, DemoRandom(kx, kz, 2) - 0.5) * (half * 1.1);
-  if (!strip.Near(p, std::min(half, 4.0)))
+  const DemoPlan off = glm::abs(p - course.land.Middle());
+  if (std::max(off.x, off.y) < extent - half && !strip.Near(p, std::min(half, 3.5)))
     out.push_back(DemoTriangulation::Snapped(p));
 }
 
@@ -142,10 +145,13 @@ void DemoTerrain::Triangulate()
         static_cast<void>(net.AddEdge(a, b)); // false at a crossing, where no edge is needed
     }
   std::vector<DemoPlan> free;
-  ScatterPoints(middle, extent, free);
-  for (const double x : {-1.0, 1.0})
-    for (const double z : {-1.0, 1.0})
-      free.push_back(middle + DemoPlan(x, z) * extent);
+  double half = 64; // a power of two, so that the squares come out as wide as is asked
+  while (half < extent)
+    half *= 2;
+  ScatterPoints(middle, half, free);
+  for (int k = -8; k < 8; ++k) // the rim
+    for (const DemoPlan& p : {DemoPlan(k, -8), DemoPlan(8, k), DemoPlan(-k, 8), DemoPlan(-8, -k)})
+      free.push_back(DemoTriangulation::Snapped(middle + p * (extent / 8)));
   for (const DemoPlan& p : free)
     note(net.Add(p), DemoAt(p, Height(p)), -1, 0);
   for (const auto& t : net.Triangles()) {
@@ -180,12 +186,12 @@ DVector3 DemoTerrain::Tint(const DVector3& v, const DVector3& normal) const
   const DemoPlan p(v.x, v.z);
   DVector3 tint = DemoGroundTint(p);
   const auto wood = static_cast<float>(DemoSmooth(0.3, 0.8, Wood(p)));
-  tint = glm::mix(tint, DVector3(0.62f, 0.66f, 0.52f) * tint, wood);
+  tint = glm::mix(tint, DVector3(0.80f, 0.82f, 0.72f) * tint, wood);
   const auto steep = static_cast<float>(DemoSmooth(0.90, 0.78, normal.y));
   tint = glm::mix(tint, DVector3(1.15f, 0.95f, 0.80f), steep * 0.7f);
   if (course.lake.radius > 0) {
-    const auto sand = static_cast<float>(DemoSmooth(1.4, 0.3, v.y - course.lake.level) * (InLake(p, 14) ? 1 : 0));
-    tint = glm::mix(tint, DVector3(1.45f, 1.15f, 0.95f), sand);
+    const auto sand = static_cast<float>(DemoSmooth(1.6, 0.5, v.y - course.lake.level) * (InLake(p, 16) ? 1 : 0));
+    tint = glm::mix(tint, DVector3(1.7f, 1.25f, 1.3f), sand);
   }
   return tint;
 }

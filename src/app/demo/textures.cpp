@@ -97,7 +97,7 @@ std::unique_ptr<QBitMap> DemoPaintGrass()
   return DemoPaint(512, 512, [](double u, double v) {
     const double blades = Tiled(u, v, 64, 2, 21), tufts = Tiled(u, v, 12, 3, 22), dry = Tiled(u, v, 7, 3, 23);
     const double light = 0.72 + 0.34 * (blades - 0.5) + 0.30 * (tufts - 0.5) + 0.16 * Grain(u, v, 512, 24);
-    const DemoColor green = {0.40, 0.56, 0.20, 1}, straw = {0.62, 0.60, 0.30, 1};
+    const DemoColor green = {0.42, 0.53, 0.24, 1}, straw = {0.60, 0.58, 0.32, 1};
     DemoColor c = Blend(green, straw, DemoSmooth(0.52, 0.85, dry) * 0.7) * light * 1.22;
     c.a = 1;
     return c;

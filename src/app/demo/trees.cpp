@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr double CELL = 95;
+constexpr double CELL = 145;
 constexpr double CLOSEST = 4.2; // of two trees
 constexpr double AROUND = 300;  // of the circuit's outermost place
 
@@ -28,7 +28,7 @@ std::vector<Tree> Plant(const DemoCourse& course, const DemoStrip& strip, const 
     const DemoPlan p =
         course.land.Middle() + (DemoPlan(DemoRandom(n, 1, 301), DemoRandom(n, 2, 301)) * 2.0 - 1.0) * half;
     const double away = strip.Nearest().DistanceTo(p);
-    const double wanted = DemoMix(0.06, 1, DemoSmooth(420, 60, away)) * (away < AROUND * 1.6 ? 1 : 0);
+    const double wanted = DemoMix(0.035, 1, DemoSmooth(190, 55, away)) * (away < AROUND * 1.6 ? 1 : 0);
     if (DemoRandom(n, 3, 301) > wanted * terrain.Wood(p) || DemoIsBuiltOver(course, p))
       continue;
     const std::pair cell(static_cast<int>(std::floor(p.x / CLOSEST)), static_cast<int>(std::floor(p.y / CLOSEST)));
@@ -91,9 +91,9 @@ void DemoAddTrees(DemoScenery& scenery, const DemoCourse& course, const DemoStri
   for (const auto& [key, trees] : cells) {
     DemoNode& node = scenery.AddNode(DemoNumbered("trees", number++), 0);
     node.levels.resize(3);
-    node.distances = {170, 430, 5000};
+    node.distances = {150, 420, 5000};
     for (size_t i = 0; i < trees.size(); ++i) {
-      AddTree(node.levels[0].Mesh("trees"), trees[i], 3, 1);
+      AddTree(node.levels[0].Mesh("trees"), trees[i], 6, 1);
       AddTree(node.levels[1].Mesh("trees"), trees[i], 2, 1.05);
       if (i % 3 != 1 || trees.size() < 6) // from afar two trees do for three
         AddTree(node.levels[2].Mesh("trees"), trees[i], trees.size() < 6 ? 2 : 1, 1.3);

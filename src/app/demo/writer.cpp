@@ -3,7 +3,6 @@
 #include "app/demo/furniture.h"
 #include "app/demo/terrain.h"
 #include "app/demo/textures.h"
-#include "app/demo/trackfiles.h"
 #include "app/demo/trees.h"
 #include "foundation/qbitmap.h"
 #include "foundation/qreport.h"
@@ -58,7 +57,22 @@ std::string ModelBytes(const DemoModel& model)
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-std::vector<DemoFile> TrackFiles(const DemoCourse& course, const DemoScenery& scenery)
+} // namespace
+
+DemoScenery DemoBuildScenery(const DemoCourse& course)
+{
+  DemoScenery scenery;
+  DemoStrip strip(course);
+  const DemoTerrain terrain(course, strip);
+  DemoAddSky(scenery, course);
+  strip.Emit(scenery);
+  terrain.Emit(scenery);
+  DemoAddFurniture(scenery, course, strip, terrain);
+  DemoAddTrees(scenery, course, strip, terrain);
+  return scenery;
+}
+
+std::vector<DemoFile> DemoTrackFiles(const DemoCourse& course, const DemoScenery& scenery)
 {
   std::vector<DemoFile> files;
   for (const DemoNode& node : scenery.nodes)
@@ -78,25 +92,10 @@ std::vector<DemoFile> TrackFiles(const DemoCourse& course, const DemoScenery& sc
   return files;
 }
 
-} // namespace
-
-DemoScenery DemoBuildScenery(const DemoCourse& course)
-{
-  DemoScenery scenery;
-  DemoStrip strip(course);
-  const DemoTerrain terrain(course, strip);
-  DemoAddSky(scenery, course);
-  strip.Emit(scenery);
-  terrain.Emit(scenery);
-  DemoAddFurniture(scenery, course, strip, terrain);
-  DemoAddTrees(scenery, course, strip, terrain);
-  return scenery;
-}
-
 bool DemoWriteTrack(const std::string& root, const DemoCourse& course, const DemoScenery& scenery)
 {
   const std::string directory = root + "/data/tracks/" + course.name;
-  const std::vector<DemoFile> files = TrackFiles(course, scenery);
+  const std::vector<DemoFile> files = DemoTrackFiles(course, scenery);
   std::error_code error;
   std::filesystem::create_directories(directory, error);
   if (error) {
@@ -113,5 +112,6 @@ bool DemoWriteTrack(const std::string& root, const DemoCourse& course, const Dem
     QERR("DemoWriteTrack(); can't write the files of '%s'", directory.c_str());
     return false;
   }
+  std::filesystem::remove(directory + "/cache/trackcollision.bin", error); // of the models that stood here before
   return true;
 }
