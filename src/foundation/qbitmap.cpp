@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <new>
 
 #define STB_IMAGE_RESIZE_STATIC
 #define STB_IMAGE_RESIZE_IMPLEMENTATION
@@ -22,6 +23,16 @@ int SizeOf(int depth, int wid, int hgt)
     return -1;
   const int64_t row = int64_t{(depth + 7) / 8} * wid; // 34 bits at most
   return hgt > 0 && row > INT_MAX / hgt ? -1 : static_cast<int>(row * hgt);
+}
+
+bool TakeBlock(QBlock& block, size_t size)
+{
+  try {
+    block = QBlock(size);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
 }
 
 void PutColor(uint8_t* pixel, const QColor& color, bool keepAlpha)
@@ -73,9 +84,18 @@ uint8_t* QBitMap::GetPixelAddress(int x, int row) const
 
 bool QBitMap::Alloc(int newDepth, int newWid, int newHgt, uint32_t newFlags, uint8_t* block)
 {
+  if (!AllocUnset(newDepth, newWid, newHgt, newFlags, block))
+    return false;
+  if (!block)
+    std::memset(mem, 0, static_cast<size_t>(memSize));
+  return true;
+}
+
+bool QBitMap::AllocUnset(int newDepth, int newWid, int newHgt, uint32_t newFlags, uint8_t* block)
+{
   Free();
   const int size = SizeOf(newDepth, newWid, newHgt);
-  if (size < 0 || (!block && !own.Alloc(static_cast<size_t>(size)))) {
+  if (size < 0 || (!block && !TakeBlock(own, static_cast<size_t>(size)))) {
     QERR("QBitMap::Alloc() failed on %dx%d, depth %d, flags %d\n", newWid, newHgt, newDepth,
          static_cast<int>(newFlags));
     return false;
@@ -91,7 +111,7 @@ bool QBitMap::Alloc(int newDepth, int newWid, int newHgt, uint32_t newFlags, uin
 
 void QBitMap::Free()
 {
-  own.Free();
+  own = QBlock();
   flags &= ~uint32_t{FOREIGN_MEMORY};
   depth = wid = hgt = memSize = 0;
   mem = nullptr;
@@ -167,7 +187,7 @@ bool QBitMap::Resize(int newWid, int newHgt, bool scale)
 {
   QBitMap result;
   const int size = SizeOf(32, newWid, newHgt);
-  if (size <= 0 || !result.own.Alloc(static_cast<size_t>(size))) {
+  if (size <= 0 || !TakeBlock(result.own, static_cast<size_t>(size))) {
     QERR("QBitMap::Alloc() failed on %dx%d, depth %d", newWid, newHgt, 32);
     return false;
   }
@@ -177,7 +197,9 @@ bool QBitMap::Resize(int newWid, int newHgt, bool scale)
   result.hgt = newHgt;
   result.mem = reinterpret_cast<uint8_t*>(result.own.Data());
   result.memSize = size;
-  if (scale && depth == 32 && memSize > 0) {
+  if (!scale || depth != 32 || memSize == 0) {
+    result.Clear();
+  } else {
     // Alpha is a channel like the others: colours under a transparent pixel are part of the picture.
     const bool shrinks = int64_t{newWid} * newHgt < int64_t{wid} * hgt;
     const int good = stbir_resize_uint8_generic(

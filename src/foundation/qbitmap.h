@@ -1,11 +1,13 @@
 #pragma once
 
+#include "foundation/qblock.h"
 #include "foundation/qcolor.h"
 #include "foundation/qdrawable.h"
 #include "foundation/qrect.h"
-#include "foundation/qzeroblock.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 // A picture in memory. At 32 bits a pixel is four bytes: red, green, blue, alpha. Rows lie without padding, and row 0
@@ -57,6 +59,9 @@ protected:
   void TakePicture(QBitMap&& other); // its pixels and sizes; other is left empty
 
 private:
+  friend bool QReadTGA(std::span<const std::byte> file, QBitMap& picture, const char* name);
+  // As Alloc, with pixels that are yet to be set.
+  bool AllocUnset(int depth, int wid, int hgt, uint32_t flags, uint8_t* block);
   void ScaleNearest(const QBitMap& from);
 
   uint32_t flags = 0;
@@ -65,5 +70,5 @@ private:
   int hgt = 0;
   uint8_t* mem = nullptr; // into own, or someone else's
   int memSize = 0;
-  QZeroBlock own;
+  QBlock own;
 };

@@ -1,10 +1,10 @@
 #include "foundation/qfile.h"
 
+#include "foundation/qblock.h"
 #include "foundation/qbytes.h"
 #include "foundation/qfilename.h"
 #include "foundation/qpathcase.h"
 #include "foundation/qreport.h"
-#include "foundation/qzeroblock.h"
 
 #include <algorithm>
 #include <array>
@@ -75,63 +75,38 @@ ssize_t ReadInto(int fd, void* block, size_t size)
   return static_cast<ssize_t>(have);
 }
 
-template <typename Content>
-void* Room(Content& content, size_t size)
+// Calls room(size), which gives where the file's content goes, and answers its size. -1 with errno set when the file
+// can't be opened or read.
+template <typename Room>
+ssize_t ReadWhole(const std::string& path, Room room)
 {
-  content.resize(size);
-  return content.data();
-}
-
-void* Room(QZeroBlock& content, size_t size)
-{
-  if (!content.Alloc(size))
-    throw std::bad_alloc();
-  return content.Data();
-}
-
-template <typename Content>
-void Shrink(Content& content, size_t size)
-{
-  content.resize(size);
-}
-
-void Shrink(QZeroBlock& content, size_t size)
-{
-  content.Shrink(size);
-}
-
-template <typename Content>
-bool ReadAll(int fd, Content& content)
-{
-  struct stat info;
-  if (fstat(fd, &info) != 0)
-    return false;
-  const auto size = static_cast<size_t>(info.st_size);
-  const ssize_t have = ReadInto(fd, Room(content, size), size);
-  Shrink(content, have > 0 ? static_cast<size_t>(have) : 0);
-  return have >= 0;
-}
-
-template <typename Content>
-bool ReadWhole(const std::string& path, Content& content)
-{
-  content = Content();
   const int fd = OpenRegular(QFindPath(path), O_RDONLY);
   if (fd < 0)
-    return false;
-  bool good = false;
+    return -1;
+  struct stat info;
+  ssize_t have = -1;
   int reason = ENOMEM;
   try {
-    good = ReadAll(fd, content);
+    if (fstat(fd, &info) == 0)
+      have = ReadInto(fd, room(static_cast<size_t>(info.st_size)), static_cast<size_t>(info.st_size));
     reason = errno;
   } catch (const std::exception&) { // no memory of that size
   }
   close(fd);
-  if (!good) {
-    content = Content();
-    errno = reason;
-  }
-  return good;
+  errno = reason;
+  return have;
+}
+
+template <typename Content>
+bool ReadContent(const std::string& path, Content& content)
+{
+  content = Content();
+  const ssize_t size = ReadWhole(path, [&](size_t wanted) {
+    content.resize(wanted);
+    return content.data();
+  });
+  content.resize(size > 0 ? static_cast<size_t>(size) : 0);
+  return size >= 0;
 }
 
 } // namespace
@@ -168,22 +143,28 @@ bool QReadFile(const std::string& path, std::vector<std::byte>& content, bool ar
 {
   if (archives && QFileHooks().archiveHas && QFileHooks().archiveHas(path) && QFileHooks().archiveRead)
     return QFileHooks().archiveRead(path, content);
-  return ReadWhole(path, content);
+  return ReadContent(path, content);
 }
 
 bool QReadFile(const std::string& path, std::string& content, bool archives)
 {
   std::vector<std::byte> bytes;
   if (!archives || !QFileHooks().archiveHas || !QFileHooks().archiveHas(path))
-    return ReadWhole(path, content);
+    return ReadContent(path, content);
   const bool good = QReadFile(path, bytes, archives);
   content.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   return good;
 }
 
-bool QReadFile(const std::string& path, QZeroBlock& content)
+bool QReadFile(const std::string& path, QBlock& block, size_t& size)
 {
-  return ReadWhole(path, content);
+  block = QBlock();
+  const ssize_t have = ReadWhole(path, [&](size_t wanted) {
+    block = QBlock(wanted);
+    return block.Data();
+  });
+  size = have > 0 ? static_cast<size_t>(have) : 0;
+  return have >= 0;
 }
 
 QFile::QFile(std::string_view path, uint32_t fileMode) : mode(fileMode)
@@ -209,8 +190,6 @@ QFile::QFile(std::string_view name, std::FILE* opened, uint32_t fileMode) :
     stream(opened), mode(fileMode & ~uint32_t{MEMORY})
 {
   SetName(std::string(name).c_str());
-  if (opened)
-    ++openFiles; // what qfclose will count down
   if (fileMode & MEMORY)
     QWARN("QFile: can't use memory mapping with 'fp' takeover");
 }

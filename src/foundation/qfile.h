@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/qblock.h"
 #include "foundation/qobject.h"
 #include "foundation/qstring.h"
 
@@ -23,6 +24,8 @@ int QOpenFileCount();
 // With archives an open archive that has a member of that name is asked first.
 [[nodiscard]] bool QReadFile(const std::string& path, std::vector<std::byte>& content, bool archives = false);
 [[nodiscard]] bool QReadFile(const std::string& path, std::string& content, bool archives = false);
+// The same into a block, for big files; size is the file's.
+[[nodiscard]] bool QReadFile(const std::string& path, QBlock& block, size_t& size);
 
 // A stream over a file, or over a file's content in memory. One that couldn't be opened acts as an empty file.
 // It writes in place: what must never be half written goes through QWriteFile instead.
@@ -51,7 +54,7 @@ public:
   };
 
   explicit QFile(std::string_view path, uint32_t mode = READ_BINARY);
-  // Takes over an open stream and closes it in the end.
+  // Takes over a stream of qfopen and closes it in the end.
   QFile(std::string_view name, std::FILE* stream, uint32_t mode);
   ~QFile() override;
   QFile(const QFile&) = delete;

@@ -1,5 +1,6 @@
 #include "foundation/qimage.h"
 
+#include "foundation/qfile.h"
 #include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
@@ -82,9 +83,10 @@ bool QImage::ReadTGA(const std::string& fileName)
   const QFileServices& services = QFileHooks();
   if (services.archiveHas && services.archiveRead && services.archiveHas(fileName))
     return services.archiveRead(fileName, member) && QReadTGA(member, *this, fileName.c_str());
-  QZeroBlock file;
-  if (QReadFile(fileName, file))
-    return QReadTGA(file.Bytes(), *this, fileName.c_str());
+  QBlock file;
+  size_t size = 0;
+  if (QReadFile(fileName, file, size))
+    return QReadTGA({file.Data(), size}, *this, fileName.c_str());
   if (errno == ENOMEM)
     QERR("QImage:ReadTGA(); no memory to read '%s'", fileName.c_str());
   return false;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -115,6 +116,8 @@ void AppendToLog(unsigned flags, std::string_view text, std::string_view context
 
 void LogCore(unsigned flags, std::string_view context, std::string text)
 {
+  static std::recursive_mutex mutex; // reports come from any thread; the first entry of a run calls this once more
+  const std::lock_guard lock(mutex);
   LogMemory& memory = Memory();
   if (!memory.started) {
     memory.started = true;
@@ -123,7 +126,7 @@ void LogCore(unsigned flags, std::string_view context, std::string text)
   }
   if (!text.empty() && text.back() == '\n')
     text.pop_back();
-  if (text == memory.text && !memory.text.empty()) {
+  if (text == memory.text) {
     ++memory.repeats;
     return;
   }
@@ -147,7 +150,7 @@ void ReportProblem(const char* mark, unsigned maskBit, unsigned flags, const std
     return;
   if (text.empty() || text.back() != '\n')
     text += '\n';
-  Console(Format("[%s] %s", context.c_str(), text.c_str()));
+  Console("[" + context + "] " + text);
   if (QReports().mask & maskBit)
     LogCore(flags, context, std::move(text));
 }
@@ -168,7 +171,7 @@ void qdbg(std::string_view file, std::string_view func, int line, const char* fo
   va_end(args);
   const std::string context = Place("DBG", file, line, func);
   if (!Tapped("DBG", text, context) && !QReports().quiet)
-    Console(Format("[%s] %s", context.c_str(), text.c_str()));
+    Console("[" + context + "] " + text);
 }
 
 void qlog(std::string_view file, std::string_view func, int line, const char* format, ...)
@@ -227,11 +230,11 @@ void qlog(unsigned flags, std::string_view context, const char* format, ...)
 
 namespace {
 
-// Without a message box the text still has to reach the person who started the program.
+// A tap can't keep this from anyone: the program ends here.
 void ReportFatal(const std::string& text)
 {
   Tapped("FATAL", text, {});
-  LogCore(QLOG_FATAL | QLOG_MESSAGE_BOX | (QReports().messageBox ? QLOG_NO_CONSOLE : 0u), {}, text);
+  LogCore(QLOG_FATAL | QLOG_MESSAGE_BOX, {}, text);
 }
 
 [[noreturn]] void Leave(int status)

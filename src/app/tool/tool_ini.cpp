@@ -17,9 +17,10 @@ namespace {
 // The tree of the file that is the verb's first parameter; null, said on stderr, when it can't be read.
 std::unique_ptr<QInfo> OpenInfo(const ToolArgs& args)
 {
-  auto info = std::make_unique<QInfo>(args.Path(0), QInfo::NO_OPEN_WARNING);
-  if (info->IsRead() && !info->IsUnreadable())
-    return info;
+  const std::string path = args.Path(0);
+  if (QFileExists(path, false))
+    if (auto info = std::make_unique<QInfo>(path, QInfo::NO_OPEN_WARNING); info->IsRead())
+      return info;
   ToolFail("can't read %s", args.Text(0).c_str());
   return nullptr;
 }

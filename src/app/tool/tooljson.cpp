@@ -1,8 +1,7 @@
 #include "app/tool/tooljson.h"
 
-#include "app/tool/tool.h"
-
 #include <cmath>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -144,13 +143,13 @@ ToolJson ToolJson::Ints(std::span<const uint16_t> values)
   return array;
 }
 
-ToolJson& ToolJson::Add(std::string_view key, ToolJson member)
+ToolJson& ToolJson::Add(std::string_view key, ToolJson member) &
 {
   value->json.push_back({ToUtf8(key), std::move(member.value->json)});
   return *this;
 }
 
-ToolJson& ToolJson::Add(ToolJson member)
+ToolJson& ToolJson::Add(ToolJson member) &
 {
   value->json.push_back(std::move(member.value->json));
   return *this;
@@ -163,5 +162,6 @@ std::string ToolJson::Text() const
 
 void ToolJson::Print() const
 {
-  ToolPrint(Text() + "\n");
+  const std::string text = Text() + "\n";
+  std::fwrite(text.data(), 1, text.size(), stdout);
 }

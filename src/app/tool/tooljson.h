@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // A JSON value being built; objects keep the order in which their members were added.
 // A float is printed so that reading it back gives the same 32 bits; infinities and NaN are the strings "inf", "-inf",
@@ -36,8 +37,11 @@ public:
   static ToolJson Ints(std::span<const uint32_t> values);
   static ToolJson Ints(std::span<const uint16_t> values);
 
-  ToolJson& Add(std::string_view key, ToolJson value); // to an object
-  ToolJson& Add(ToolJson value);                       // to an array
+  // To an object, to an array.
+  ToolJson& Add(std::string_view key, ToolJson value) &;
+  ToolJson& Add(ToolJson value) &;
+  ToolJson&& Add(std::string_view key, ToolJson member) && { return std::move(Add(key, std::move(member))); }
+  ToolJson&& Add(ToolJson member) && { return std::move(Add(std::move(member))); }
 
   std::string Text() const;
   // On stdout, with a line feed.
