@@ -183,7 +183,7 @@ int qstring::CompareLower(const qstring& other) const
 
 char& qstring::operator[](int index)
 {
-  thread_local char terminator;
+  static char terminator; // not the text's own: what is written here must not reach the text
   terminator = 0;
   NARROW_ONLY("operator[]", terminator)
   if (index < 0 || index > Length())
