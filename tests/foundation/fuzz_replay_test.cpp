@@ -1,5 +1,6 @@
 #include "fuzz/eval.h"
 #include "fuzz/info.h"
+#include "fuzz/tga.h"
 
 #include <gtest/gtest.h>
 
@@ -26,5 +27,6 @@ TEST_P(FuzzReplay, Corpus)
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay,
-                         testing::Values(std::pair{"info", &FuzzInfo}, std::pair{"eval", &FuzzEval}),
+                         testing::Values(std::pair{"info", &FuzzInfo}, std::pair{"eval", &FuzzEval},
+                                         std::pair{"tga", &FuzzTga}),
                          [](const auto& one) { return one.param.first; });

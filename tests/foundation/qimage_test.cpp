@@ -1,7 +1,5 @@
 #include "foundation/qimage.h"
 
-#include "foundation/qdirectory.h"
-#include "foundation/qfilename.h"
 #include "foundation/qtga.h"
 #include "support/reportcapture.h"
 #include "support/tempdir.h"
@@ -168,21 +166,6 @@ TEST(TgaRead, EveryShortenedFileEndsCleanly)
       EXPECT_EQ(length == whole.size(), Decode(whole.substr(0, length), picture));
       EXPECT_EQ(length == whole.size() ? 0 : 1, reports.Problems());
     }
-}
-
-TEST(TgaRead, KeptFuzzInputs)
-{
-  const std::string corpus = std::string(PAVEX_SOURCE_DIR) + "/fuzz/corpus/tga";
-  const auto names = QDirectory::SortedFiles(corpus);
-  EXPECT_FALSE(names.empty());
-  for (const std::string& name : names) {
-    SCOPED_TRACE(name);
-    ReportCapture reports;
-    QBitMap picture;
-    const bool good = Decode(FileText(corpus + "/" + name), picture);
-    EXPECT_EQ(good, picture.GetMemSize() > 0);
-    EXPECT_EQ(good ? 0 : 1, reports.Problems());
-  }
 }
 
 TEST(TgaWrite, StoredBytesAndBack)
