@@ -1,0 +1,32 @@
+#pragma once
+
+#include "foundation/qrect.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+// What the modes and the view ask of the shell that has the window: buttons, HUD, dialogs. Tests answer themselves.
+class EditHost
+{
+public:
+  virtual ~EditHost() = default;
+  // Shows the operation buttons with these captions and hides the rest.
+  virtual void SetOpButtons(std::span<const char* const> labels) = 0;
+  // One HUD line, 16 pixels below the last. Only during ModeHud.
+  virtual void HudPrint(std::string_view text) = 0;
+  // 1 for OK, 0 for Cancel. A null rectangle is the dialog's own.
+  virtual int Message(const char* title, const char* text, bool okOnly = false, const QRect* rect = nullptr,
+                      const char* okText = nullptr, const char* cancelText = nullptr) = 0;
+  // A line of at most maxLength characters, filled with text before. False on Cancel: text stays.
+  virtual bool AskText(const char* title, const char* prompt, std::string& text, int maxLength,
+                       const QRect* rect = nullptr) = 0;
+};
+
+// An index below count, count itself for the empty answer ("a new one"), or -1 on Cancel. Asks again while the number
+// is out of range and the user says OK to that. The field holds current unless that is -1.
+int InputIndex(EditHost& host, const char* prompt, int count, int current = -1);
+// False on Cancel, and out stays as it was.
+bool InputText(EditHost& host, const char* title, const char* prompt, const char* text, std::string& out);
+bool InputInt(EditHost& host, const char* title, const char* prompt, int value, int& out);
+bool InputFloat(EditHost& host, const char* title, const char* prompt, float value, float& out);

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "editor/editcamera.h"
+#include "foundation/qrect.h"
+#include "geometry/dvector.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+class QInfo;
+class RTrackVRML;
+struct RTrackNode;
+
+// Modifiers of a key code and of the mouse.
+enum EditModifier : int { KEY_SHIFT = 0x10000, KEY_CTRL = 0x40000, KEY_ALT = 0x80000 };
+
+struct SelectedNode
+{
+  int index = -1;
+  RTrackNode* node = nullptr; // the track's; the list is emptied before the track goes
+};
+
+// What exists once in the editor and is shared by shell, view and modes. Only the frame's thread touches it.
+struct EditState
+{
+  QInfo* settings = nullptr;      // pavex.ini; owned by the entry, null in tests that need none
+  RTrackVRML* curTrack = nullptr; // owned by the manager
+  bool trackReady = false;        // a load has ended well: scene and overlay are painted
+  int curMode = 0;                // 0..9; another number when the settings say so, and then no mode runs
+  std::array<uint8_t, 256> keyDown{};
+
+  int mouseButtons = 0; // bit n - 1 for button n
+  int mouseX = 0;
+  int mouseY = 0;
+  int pressModifiers = 0; // held at the last press
+
+  bool hudVisible = true;
+  bool paintVertices = false;
+  DVector3 pickStart{0.0f};
+  DVector3 pickEnd{0.0f};
+  std::vector<SelectedNode> SelectedNodes;
+  std::vector<int> SelectedIndices; // spline lines
+
+  QRect viewRect{15, 32, 512, 512};
+  int frameWidth = 640; // resolution.width and .height
+  int frameHeight = 480;
+  EditCamera camera;
+
+  bool objectMode = false;
+  DVector3 orbitPivot{0.0f};
+  float orbitDistance = 0;
+  float orbitFactor = 2.0f;
+};

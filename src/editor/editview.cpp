@@ -1,0 +1,271 @@
+#include "editor/editview.h"
+
+#include "editor/editstate.h"
+#include "foundation/qreport.h"
+#include "geometry/dgeode.h"
+#include "geometry/dintersect.h"
+#include "track/rtrackvrml.h"
+
+#include <algorithm>
+#include <cmath>
+#include <glm/gtc/matrix_transform.hpp>
+
+namespace {
+
+constexpr float DEGREES = 57.29578f;
+constexpr float MAX_PICK = 999999.0f;
+constexpr float PICK_DEPTH = 0.1f;
+constexpr float MIN_ORBIT_FACTOR = 0.01f;
+// The pointer's way is measured on a picture of this size.
+constexpr float REFERENCE_WIDTH = 720;
+constexpr float REFERENCE_HEIGHT = 576;
+
+// Modes in which picking does more than find a point.
+constexpr int KEYFRAME_MODE = 2;
+constexpr int MODEL_MODE = 3;
+constexpr int MARSHAL_MODE = 9;
+
+// The corner of the hit triangle nearest to the hit point; the earlier of two equally near ones.
+DVector3 NearestCorner(const DGeode& geode, const DGeodeHit& hit)
+{
+  const auto corners = geode.GetGeob(hit.geob)->GetTriangle(hit.triangle);
+  return *std::min_element(corners.begin(), corners.end(), [&](const DVector3& a, const DVector3& b) {
+    return glm::distance(a, hit.point) < glm::distance(b, hit.point);
+  });
+}
+
+int BitOf(int button)
+{
+  return 1 << std::clamp(button - 1, 0, 30);
+}
+
+constexpr int LEFT = 1;
+constexpr int RIGHT = 4;
+
+float StepSize(int modifiers)
+{
+  return modifiers & KEY_CTRL ? 5.0f : modifiers & KEY_ALT ? 0.02f : 1.0f;
+}
+
+} // namespace
+
+void EditView::SetMatrices(const DMatrix4& view, const DMatrix4& proj)
+{
+  modelView = glm::dmat4(view);
+  projection = glm::dmat4(proj);
+}
+
+void EditView::SetShellSize(int wid, int hgt)
+{
+  shellWidth = std::max(wid, 1);
+  shellHeight = std::max(hgt, 1);
+}
+
+void EditView::MouseToView(int& x, int& y) const
+{
+  const QRect& v = state.viewRect;
+  const auto scaled = [](int at, int frame, int view) {
+    return view == 0 ? 0 : static_cast<int>(static_cast<float>(at) / (static_cast<float>(frame) / static_cast<float>(view)));
+  };
+  x = scaled(x, state.frameWidth, v.wid) + v.x;
+  y = scaled(y, state.frameHeight, v.hgt) + v.y;
+}
+
+bool EditView::Unproject(const DVector3& window, DVector3& world) const
+{
+  const QRect& v = state.viewRect;
+  const glm::dvec4 viewport(v.x, shellHeight - v.y - v.hgt, v.wid, v.hgt);
+  const glm::dmat4 both = projection * modelView;
+  world = DVector3(0.0f);
+  const double determinant = glm::determinant(both);
+  if (determinant == 0 || !std::isfinite(determinant) || v.wid <= 0 || v.hgt <= 0) {
+    qerr(QFileNameOf(__FILE__), "Unproject", __LINE__, "Unproject failed");
+    return false;
+  }
+  const glm::dvec3 point = glm::unProject(glm::dvec3(window), modelView, projection, viewport);
+  const glm::dvec4 clip = both * glm::dvec4(point, 1.0);
+  if (clip.w == 0 || !std::isfinite(clip.w))
+    qerr(QFileNameOf(__FILE__), "Unproject", __LINE__, "Project failed");
+  world = DVector3(point);
+  return true;
+}
+
+void EditView::PickRay(int x, int y, const EditTransform& from, DVector3& out)
+{
+  DVector3 ahead;
+  Unproject({static_cast<float>(x), static_cast<float>(y), PICK_DEPTH}, ahead);
+  const DVector3 origin = from.pos;
+  const DVector3 direction = DNormalized(ahead - origin);
+  float best = MAX_PICK;
+  int remembered = -1;
+  for (int i = 0; i < state.curTrack->NodeCount(); ++i) {
+    const RTrackNode& node = *state.curTrack->GetNode(i);
+    if ((node.flags & RTrackNode::SKY) || !node.geode ||
+        !IntersectRaySphere(origin, direction, node.center, node.radius))
+      continue;
+    DGeodeHit hit;
+    if (!IntersectRayGeode(origin, direction, *node.geode, hit) || hit.t <= 0 || hit.t >= best)
+      continue;
+    best = hit.t;
+    out = state.paintVertices || state.curMode == KEYFRAME_MODE ? NearestCorner(*node.geode, hit) : hit.point;
+    remembered = i;
+  }
+  if (remembered >= 0)
+    RememberNode(remembered);
+}
+
+void EditView::RememberNode(int index)
+{
+  if (state.curMode != MODEL_MODE && state.curMode != MARSHAL_MODE)
+    return;
+  if (state.curMode == MARSHAL_MODE)
+    ClearSelectedNodes();
+  state.SelectedNodes.push_back({index, state.curTrack->GetNode(index)});
+}
+
+void EditView::ShowSelectedNodes()
+{
+  for (const SelectedNode& selected : state.SelectedNodes)
+    if (selected.node && selected.node->sceneNode)
+      selected.node->sceneNode->Show();
+}
+
+void EditView::ClearSelectedNodes()
+{
+  ShowSelectedNodes();
+  state.SelectedNodes.clear();
+}
+
+void EditView::GotoPickStart()
+{
+  state.camera.SetCameraPos(state.pickStart + DVector3(0, 4, 0));
+}
+
+void EditView::StartObjectMode()
+{
+  state.objectMode = true;
+  state.orbitDistance = 20;
+  state.orbitPivot = state.camera.transform.pos;
+  FocusSelection();
+  OrbitApply(0, 0);
+}
+
+void EditView::FocusSelection()
+{
+  state.orbitFactor = 2.0f;
+  if (state.SelectedNodes.empty() || (state.curMode != MODEL_MODE && state.curMode != MARSHAL_MODE))
+    return;
+  float distance = 0;
+  DVector3 centers(0.0f);
+  for (const SelectedNode& selected : state.SelectedNodes) {
+    DBox box;
+    selected.node->geode->GetBoundingBox(box);
+    distance = std::max(distance, box.Radius() * state.orbitFactor);
+    centers += box.Center();
+  }
+  state.orbitDistance = distance;
+  state.orbitPivot = centers / static_cast<float>(state.SelectedNodes.size());
+}
+
+void EditView::OrbitApply(float dYaw, float dPitch)
+{
+  EditTransform& t = state.camera.transform;
+  t.yaw = std::fmod(t.yaw + dYaw, 360.0f);
+  t.pitch = std::fmod(t.pitch + dPitch, 360.0f);
+  t.roll = 0;
+  // The camera's own rotation: the view axis points backwards, so that the pivot stays in the middle of the picture.
+  const EditRotation rotation(t.yaw, t.pitch, 0);
+  t.pos = state.orbitPivot + rotation.Column(2) * (state.orbitFactor * state.orbitDistance);
+}
+
+void EditView::PickTo(int x, int y, DVector3& out)
+{
+  MouseToView(x, y);
+  PickRay(x, shellHeight - y, state.camera.transform, out);
+}
+
+void EditView::MousePress(int button, int x, int y, int modifiers)
+{
+  state.mouseButtons |= BitOf(button);
+  state.mouseX = x;
+  state.mouseY = y;
+  state.pressModifiers = modifiers;
+  if (button != 1 || !(modifiers & KEY_SHIFT))
+    return;
+  ClearSelectedNodes();
+  PickTo(x, y, state.pickStart);
+  state.pickEnd = state.pickStart;
+}
+
+void EditView::MouseRelease(int button)
+{
+  state.mouseButtons &= ~BitOf(button);
+}
+
+void EditView::MouseMotion(int x, int y, int modifiers)
+{
+  const int dx = x - state.mouseX;
+  const int dy = y - state.mouseY;
+  const float ax = static_cast<float>(dx) * 200 / REFERENCE_WIDTH;
+  const float ay = static_cast<float>(dy) * 200 / REFERENCE_HEIGHT;
+  const float step = StepSize(modifiers);
+  const int buttons = state.mouseButtons & (LEFT | RIGHT);
+  if (buttons == (LEFT | RIGHT))
+    MotionBoth(dy, step, modifiers);
+  else if (buttons == RIGHT && state.objectMode)
+    OrbitApply(modifiers & KEY_CTRL ? ax / 25 : ax, modifiers & KEY_CTRL ? ay / 25 : ay);
+  else if (buttons == RIGHT)
+    MotionRight(dx, dy, modifiers);
+  else if (buttons == LEFT && (state.pressModifiers & KEY_SHIFT))
+    PickTo(x, y, state.pickEnd);
+  else if (buttons == LEFT)
+    Pan(ax, ay, step, modifiers);
+  state.mouseX = x;
+  state.mouseY = y;
+}
+
+void EditView::MotionBoth(int dy, float step, int modifiers)
+{
+  if (!state.objectMode) {
+    state.camera.transform.pos.y -= static_cast<float>(dy) * 100 * step / REFERENCE_HEIGHT;
+    return;
+  }
+  const float distance = state.orbitDistance == 0 ? 1 : state.orbitDistance;
+  const float slow = modifiers & KEY_CTRL ? 0.1f : 1.0f;
+  state.orbitPivot.y -= static_cast<float>(dy) * 400 / REFERENCE_HEIGHT / (30 / distance) * slow;
+  OrbitApply(0, 0);
+}
+
+void EditView::MotionRight(int dx, int dy, int modifiers)
+{
+  const float k = modifiers & KEY_CTRL ? 2.0f : modifiers & KEY_ALT ? 0.1f : 1.0f;
+  state.camera.transform.pitch += static_cast<float>(dy) * 200 * k / REFERENCE_HEIGHT;
+  if (!state.camera.IsMoving())
+    state.camera.transform.yaw += static_cast<float>(dx) * 300 * k / REFERENCE_WIDTH;
+}
+
+void EditView::Pan(float ax, float ay, float step, int modifiers)
+{
+  const EditRotation rotation(state.camera.transform.yaw, state.camera.transform.pitch, 0);
+  const DVector3 right = rotation.Column(0);
+  const DVector3 ground = DNormalized({-right.z, 0, right.x});
+  DVector3 offset = -(ay * ground) - (ax * right);
+  if (!state.objectMode) {
+    state.camera.transform.pos += offset * step;
+    return;
+  }
+  if (state.orbitDistance != 0)
+    offset *= 0.05f * state.orbitDistance;
+  state.orbitPivot += modifiers & KEY_CTRL ? offset * 0.1f : offset;
+  OrbitApply(0, 0);
+}
+
+void EditView::Wheel(int delta, int modifiers)
+{
+  if (!state.objectMode)
+    return;
+  const float slow = modifiers & KEY_CTRL ? 0.1f : 1.0f;
+  const float step = static_cast<float>(delta) / 5000 * std::sqrt(state.orbitDistance) * slow;
+  state.orbitFactor = std::max(state.orbitFactor - step, MIN_ORBIT_FACTOR);
+  OrbitApply(0, 0);
+}
