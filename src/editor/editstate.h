@@ -12,9 +12,6 @@ class QInfo;
 class RTrackVRML;
 struct RTrackNode;
 
-// Modifiers of a key code and of the mouse.
-enum EditModifier : int { KEY_SHIFT = 0x10000, KEY_CTRL = 0x40000, KEY_ALT = 0x80000 };
-
 struct SelectedNode
 {
   int index = -1;

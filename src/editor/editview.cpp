@@ -5,6 +5,7 @@
 #include "geometry/dgeode.h"
 #include "geometry/dintersect.h"
 #include "track/rtrackvrml.h"
+#include "ui/qkeys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,7 +45,7 @@ constexpr int RIGHT = 4;
 
 float StepSize(int modifiers)
 {
-  return modifiers & KEY_CTRL ? 5.0f : modifiers & KEY_ALT ? 0.02f : 1.0f;
+  return modifiers & QMOD_CTRL ? 5.0f : modifiers & QMOD_ALT ? 0.02f : 1.0f;
 }
 
 } // namespace
@@ -158,8 +159,7 @@ void EditView::FocusSelection()
   float distance = 0;
   DVector3 centers(0.0f);
   for (const SelectedNode& selected : state.SelectedNodes) {
-    DBox box;
-    selected.node->geode->GetBoundingBox(box);
+    const DBox box = selected.node->geode->GetBoundingBox();
     distance = std::max(distance, box.Radius() * state.orbitFactor);
     centers += box.Center();
   }
@@ -190,7 +190,7 @@ void EditView::MousePress(int button, int x, int y, int modifiers)
   state.mouseX = x;
   state.mouseY = y;
   state.pressModifiers = modifiers;
-  if (button != 1 || !(modifiers & KEY_SHIFT))
+  if (button != 1 || !(modifiers & QMOD_SHIFT))
     return;
   ClearSelectedNodes();
   PickTo(x, y, state.pickStart);
@@ -213,10 +213,10 @@ void EditView::MouseMotion(int x, int y, int modifiers)
   if (buttons == (LEFT | RIGHT))
     MotionBoth(dy, step, modifiers);
   else if (buttons == RIGHT && state.objectMode)
-    OrbitApply(modifiers & KEY_CTRL ? ax / 25 : ax, modifiers & KEY_CTRL ? ay / 25 : ay);
+    OrbitApply(modifiers & QMOD_CTRL ? ax / 25 : ax, modifiers & QMOD_CTRL ? ay / 25 : ay);
   else if (buttons == RIGHT)
     MotionRight(dx, dy, modifiers);
-  else if (buttons == LEFT && (state.pressModifiers & KEY_SHIFT))
+  else if (buttons == LEFT && (state.pressModifiers & QMOD_SHIFT))
     PickTo(x, y, state.pickEnd);
   else if (buttons == LEFT)
     Pan(ax, ay, step, modifiers);
@@ -231,14 +231,14 @@ void EditView::MotionBoth(int dy, float step, int modifiers)
     return;
   }
   const float distance = state.orbitDistance == 0 ? 1 : state.orbitDistance;
-  const float slow = modifiers & KEY_CTRL ? 0.1f : 1.0f;
+  const float slow = modifiers & QMOD_CTRL ? 0.1f : 1.0f;
   state.orbitPivot.y -= static_cast<float>(dy) * 400 / REFERENCE_HEIGHT / (30 / distance) * slow;
   OrbitApply(0, 0);
 }
 
 void EditView::MotionRight(int dx, int dy, int modifiers)
 {
-  const float k = modifiers & KEY_CTRL ? 2.0f : modifiers & KEY_ALT ? 0.1f : 1.0f;
+  const float k = modifiers & QMOD_CTRL ? 2.0f : modifiers & QMOD_ALT ? 0.1f : 1.0f;
   state.camera.transform.pitch += static_cast<float>(dy) * 200 * k / REFERENCE_HEIGHT;
   if (!state.camera.IsMoving())
     state.camera.transform.yaw += static_cast<float>(dx) * 300 * k / REFERENCE_WIDTH;
@@ -256,7 +256,7 @@ void EditView::Pan(float ax, float ay, float step, int modifiers)
   }
   if (state.orbitDistance != 0)
     offset *= 0.05f * state.orbitDistance;
-  state.orbitPivot += modifiers & KEY_CTRL ? offset * 0.1f : offset;
+  state.orbitPivot += modifiers & QMOD_CTRL ? offset * 0.1f : offset;
   OrbitApply(0, 0);
 }
 
@@ -264,7 +264,7 @@ void EditView::Wheel(int delta, int modifiers)
 {
   if (!state.objectMode)
     return;
-  const float slow = modifiers & KEY_CTRL ? 0.1f : 1.0f;
+  const float slow = modifiers & QMOD_CTRL ? 0.1f : 1.0f;
   const float step = static_cast<float>(delta) / 5000 * std::sqrt(state.orbitDistance) * slow;
   state.orbitFactor = std::max(state.orbitFactor - step, MIN_ORBIT_FACTOR);
   OrbitApply(0, 0);

@@ -20,16 +20,16 @@ struct PositionsMode::Command
 };
 
 const std::array<PositionsMode::Command, 10> PositionsMode::commands = {{
-    {"Goto line start (Home)", QK_HOME, [](PositionsMode& m) { m.view.GotoPickStart(); }},
+    {"Goto line start (Home)", QKEY_HOME, [](PositionsMode& m) { m.view.GotoPickStart(); }},
     {"Goto (G)rid pos", 'G', [](PositionsMode& m) { m.GotoGridPos(); }},
-    {"Declare grid pos (Ctrl-G)", KEY_CTRL | 'G', [](PositionsMode& m) { m.DeclareGridPos(); }},
-    {"Declare pits pos (Ctrl-P)", KEY_CTRL | 'P', [](PositionsMode& m) { m.DeclarePitPos(); }},
-    {"Declare timeline (Ctrl-T)", KEY_CTRL | 'T', [](PositionsMode& m) { m.DeclareTimeline(); }},
+    {"Declare grid pos (Ctrl-G)", QMOD_CTRL | 'G', [](PositionsMode& m) { m.DeclareGridPos(); }},
+    {"Declare pits pos (Ctrl-P)", QMOD_CTRL | 'P', [](PositionsMode& m) { m.DeclarePitPos(); }},
+    {"Declare timeline (Ctrl-T)", QMOD_CTRL | 'T', [](PositionsMode& m) { m.DeclareTimeline(); }},
     {"Declare pit in", 0, [](PositionsMode& m) { m.DeclarePitline(0); }},
     {"Declare pit in speedlimit", 0, [](PositionsMode& m) { m.DeclarePitline(1); }},
     {"Declare pit out speedlimit", 0, [](PositionsMode& m) { m.DeclarePitline(2); }},
     {"Declare pit out", 0, [](PositionsMode& m) { m.DeclarePitline(3); }},
-    {"Declare triggerline (Ctrl-R)", KEY_CTRL | 'R', [](PositionsMode& m) { m.DeclareTriggerline(); }},
+    {"Declare triggerline (Ctrl-R)", QMOD_CTRL | 'R', [](PositionsMode& m) { m.DeclareTriggerline(); }},
 }};
 
 namespace {
@@ -45,6 +45,16 @@ void StorePosition(RCarPos* positions, int& count, int n, const EditState& state
   positions[n] = {state.pickStart, state.pickEnd};
   if (n == count)
     ++count;
+}
+
+// Replaces line n, or adds it as a new one.
+template <typename Lines, typename Line>
+void StoreLine(Lines& lines, int n, std::unique_ptr<Line> line)
+{
+  if (auto* place = lines.At(n))
+    *place = std::move(line);
+  else if (!lines.Add(std::move(line)))
+    QERR("no room for line %d", n);
 }
 
 } // namespace
@@ -89,8 +99,8 @@ void PositionsMode::ModeHud() const
   } lines[] = {
       {"Grid positions: ", track.gridCount},
       {"Pit positions : ", track.pitCount},
-      {"Timelines     : ", track.timeLineCount},
-      {"Triggerlines  : ", track.triggerLineCount},
+      {"Timelines     : ", track.timeLines.Count()},
+      {"Triggerlines  : ", track.triggerLines.Count()},
   };
   for (const auto& line : lines)
     host.HudPrint(line.text + std::to_string(line.count));
@@ -124,45 +134,41 @@ void PositionsMode::DeclarePitPos()
 void PositionsMode::DeclareTimeline()
 {
   RTrackVRML& track = *state.curTrack;
-  const int n = InputIndex(host, "Select timeline index", std::min(track.timeLineCount, MAX_INDEX), -1);
-  if (n < 0)
-    return;
-  if (n >= track.timeLineCount)
-    ++track.timeLineCount;
-  track.timeLines[static_cast<size_t>(n)] = std::make_unique<RTimeLine>(state.pickStart, state.pickEnd);
+  const int n = InputIndex(host, "Select timeline index", std::min(track.timeLines.Count(), MAX_INDEX), -1);
+  if (n >= 0)
+    StoreLine(track.timeLines, n, std::make_unique<RTimeLine>(state.pickStart, state.pickEnd));
 }
 
 void PositionsMode::DeclareTriggerline()
 {
-  RTrackVRML& track = *state.curTrack;
-  if (track.triggerLineCount >= MAX_TRIGGERS) {
+  auto& lines = state.curTrack->triggerLines;
+  if (lines.Count() >= MAX_TRIGGERS) {
     host.Message("Error", "Too many triggers available", true);
     return;
   }
-  const int n = InputIndex(host, "Select triggerline index", track.triggerLineCount, -1);
+  const int n = InputIndex(host, "Select triggerline index", lines.Count(), -1);
   qlog(QFileNameOf(__FILE__), "DeclareTriggerline", __LINE__, "Result n=%d\n", n);
   if (n < 0)
     return;
-  const bool replaces = n < track.triggerLineCount;
-  std::string command = replaces ? track.triggerLines[static_cast<size_t>(n)]->command.Str() : std::string();
+  const bool replaces = n < lines.Count();
+  std::string command = replaces ? (*lines.At(n))->command : std::string();
   if (!InputText(host, "Triggerline", "Set command", command.c_str(), command))
     return;
   if (command.empty()) {
     host.Message("Error", "Empty trigger not allowed", true);
     return;
   }
-  if (!replaces)
-    ++track.triggerLineCount;
-  auto line = std::make_unique<RTriggerLine>(state.pickStart, state.pickEnd);
-  line->index = track.triggerLineCount; // of a replaced line too
+  auto line = std::make_unique<RTriggerLine>();
+  line->SetPoints(state.pickStart, state.pickEnd);
+  line->index = replaces ? lines.Count() : lines.Count() + 1; // the count, of a replaced line too
   line->command = command;
-  track.triggerLines[static_cast<size_t>(n)] = std::move(line);
+  StoreLine(lines, n, std::move(line));
 }
 
 void PositionsMode::DeclarePitline(int k)
 {
   // Plane and length stay: the next load works them out from the saved points.
-  RTimeLine& line = *state.curTrack->pitInOutLines[static_cast<size_t>(k)];
+  RTimeLine& line = state.curTrack->pitInOutLines[static_cast<size_t>(k)];
   line.from = state.pickStart;
   line.to = state.pickEnd;
 }

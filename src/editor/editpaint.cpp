@@ -1,0 +1,184 @@
+// The editor's picture: scene, overlay, HUD and panels, in this order.
+
+#include "editor/editshell.h"
+
+#include "editor/editwidgets.h"
+#include "geometry/dgeode.h"
+#include "runtime/rmanager.h"
+#include "runtime/rscene.h"
+#include "scene/dcamera.h"
+#include "scene/dfps.h"
+#include "scene/worldrenderer.h"
+#include "scene/worldscene.h"
+#include "track/rtrackvrml.h"
+#include "ui/qapp.h"
+#include "ui/qfont.h"
+#include "ui/qgloverlay.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace {
+
+constexpr int HUD_STEP = 16;
+const QColor WHITE(255, 255, 255);
+const QColor YELLOW(255, 255, 0);
+const QColor PICK_TOP(255, 255, 128);
+const QColor GREEN(0, 255, 0);
+
+[[gnu::format(printf, 1, 2)]] std::string Text(const char* format, ...)
+{
+  char buffer[512];
+  va_list args;
+  va_start(args, format);
+  std::vsnprintf(buffer, sizeof buffer, format, args);
+  va_end(args);
+  return buffer;
+}
+
+} // namespace
+
+void EditShell::idleFunc()
+{
+  app.GetDisplay().Sleep(10);
+  PaintAll();
+  if (!state.curTrack)
+    return;
+  MoveCamera();
+  RScene& scene = *manager->GetScene();
+  scene.SetCamMode(2);
+  scene.SetListener(state.camera.transform.pos, DVector3(0.0f));
+}
+
+void EditShell::PaintAll()
+{
+  QShell& shell = *app.GetShell();
+  view.SetShellSize(shell.GetWidth(), shell.GetHeight());
+  if (!state.curTrack) {
+    shell.GetCanvas().SetColor(PX_BLACK);
+    shell.GetCanvas().Clear();
+    shell.GetCanvas().Swap();
+    return;
+  }
+  PrepareScene();
+  if (state.trackReady) {
+    manager->SetTime(static_cast<int>(app.GetDisplay().Clock() - startTime));
+    manager->GetScene()->Paint();
+    PaintOverlay(0);
+  } else {
+    shell.GetCanvas().SetColor(PX_BLACK);
+    shell.GetCanvas().Clear();
+  }
+  PaintPanels();
+  shell.GetCanvas().Swap();
+}
+
+void EditShell::PrepareScene()
+{
+  manager->SetResolution(state.frameWidth, state.frameHeight);
+  WorldScene& world = *manager->GetWorld();
+  world.SetView(director.get(), {0, 0, state.frameWidth, state.frameHeight});
+  const EditTransform& t = state.camera.transform;
+  viewCamera->Set(t.pos, DVector3(0.0f), t.yaw, t.pitch, t.roll, state.camera.fov);
+  if (state.curTrack->sun)
+    world.SetSun(state.curTrack->sun->position);
+  world.Prepare();
+  view.SetMatrices(viewCamera->GetModelView(), viewCamera->GetProjection());
+}
+
+void EditShell::PaintOverlay(int flags)
+{
+  static_cast<void>(flags);
+  app.GetShell()->GetCanvas().Set3D();
+  QGLOverlay overlay(viewCamera->GetModelView(), viewCamera->GetProjection());
+  if (EditMode* mode = CurrentMode())
+    mode->ModePaint(overlay);
+  if (state.paintVertices)
+    PaintAllVertices(overlay);
+  PaintPickLine(overlay);
+  fps->FrameDone();
+  const int both = QMOD_CTRL | QMOD_SHIFT;
+  if ((app.GetModifiers() & both) != both)
+    PaintHud();
+}
+
+void EditShell::PaintAllVertices(DOverlay& overlay) const
+{
+  DOverlayStyle style;
+  style.color = GREEN;
+  style.width = 2;
+  for (int i = 0; i < state.curTrack->NodeCount(); ++i) {
+    const DGeode* geode = state.curTrack->GetNode(i)->geode;
+    for (int k = 0; geode && k < geode->GetNoofGeobs(); ++k) {
+      const DGeob& geob = *geode->GetGeob(k);
+      overlay.Points({geob.vertex.data(), geob.vertex.size()}, style);
+    }
+  }
+}
+
+void EditShell::PaintPickLine(DOverlay& overlay) const
+{
+  const DVector3 up(0, 1, 0);
+  DOverlayStyle style;
+  style.width = 1.5f;
+  style.blend = true;
+  style.color = WHITE;
+  overlay.Line(state.pickStart, state.pickStart + up, style);
+  style.color = YELLOW;
+  overlay.Line(state.pickEnd, state.pickEnd + up, style);
+  style.color = PICK_TOP;
+  overlay.Line(state.pickStart + up, state.pickEnd + up, style);
+}
+
+void EditShell::PaintPanels()
+{
+  QShell& shell = *app.GetShell();
+  QCanvas& cv = shell.GetCanvas();
+  cv.Begin();
+  cv.Set2D();
+  cv.SetBlending(true);
+  cv.SetColor(0, 0, 0, 230);
+  const int bottom = widgets->Command0().y - 10;
+  const int right = widgets->Mode0().x - 10;
+  cv.Rectfill(0, bottom, shell.GetWidth(), shell.GetHeight() - bottom);
+  cv.Rectfill(right, 0, shell.GetWidth() - right, shell.GetHeight());
+  app.GetWindowManager()->PaintChildren();
+  cv.End();
+}
+
+void EditShell::PaintHud()
+{
+  QCanvas& cv = app.GetShell()->GetCanvas();
+  cv.Begin();
+  cv.Set2D();
+  cv.SetFont(app.GetSystemFont());
+  hudY = state.viewRect.y + 5;
+  hudLines.clear();
+  const EditTransform& t = state.camera.transform;
+  const DVector3 a = state.pickStart, d = state.pickEnd - state.pickStart;
+  HudPrint(Text("FPS: %.2f", static_cast<double>(fps->GetFPS())));
+  HudPrint(Text("Camera pos: %.2f %.2f %.2f", double(t.pos.x), double(t.pos.y), double(t.pos.z)));
+  HudPrint(Text("Camera angle: pitch %.2f yaw %.2f roll %.2f", double(t.pitch), double(t.yaw), double(t.roll)));
+  HudPrint(Text("Camera FOV: %.1f", double(state.camera.fov)));
+  HudPrint(Text("Camera mode: %s", state.camera.ModeName()));
+  HudPrint(Text("Pick line: (%.2f, %.2f, %.2f) - delta (%.2f, %.2f, %.2f) - Length: %.2f", double(a.x), double(a.y),
+                double(a.z), double(d.x), double(d.y), double(d.z), double(glm::length(d))));
+  HudPrint("");
+  if (EditMode* mode = CurrentMode())
+    mode->ModeHud();
+  cv.End();
+}
+
+void EditShell::HudPrint(std::string_view text)
+{
+  if (state.hudVisible) {
+    QCanvas& cv = app.GetShell()->GetCanvas();
+    const int x = state.viewRect.x + 15;
+    cv.SetColor(0, 0, 0);
+    cv.Text(text, x + 2, hudY + 2);
+    cv.SetColor(255, 255, 255);
+    cv.Text(text, x, hudY);
+    hudLines.emplace_back(text);
+  }
+  hudY += HUD_STEP;
+}

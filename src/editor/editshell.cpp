@@ -1,0 +1,345 @@
+#include "editor/editshell.h"
+
+#include "editor/editwidgets.h"
+#include "editor/pendingmode.h"
+#include "editor/positionsmode.h"
+#include "foundation/qinfo.h"
+#include "foundation/qreport.h"
+#include "geometry/dglobal.h"
+#include "runtime/rmanager.h"
+#include "runtime/rscene.h"
+#include "scene/dcamera.h"
+#include "scene/ddirector.h"
+#include "scene/dfps.h"
+#include "scene/worldrenderer.h"
+#include "scene/worldscene.h"
+#include "track/rtrackvrml.h"
+#include "ui/qapp.h"
+#include "ui/qdialog.h"
+#include "ui/qfont.h"
+#include "ui/qkeys.h"
+#include "ui/qtitlebar.h"
+#include "ui/qwindowmanager.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr const char* FONT = "data/fonts/eurostile11";
+constexpr int ANIMATED_MODE = 6;
+constexpr int TRAFFIC_MODE = 7;
+
+} // namespace
+
+EditShell::EditShell(QApp& application, std::unique_ptr<QInfo> info) :
+    app(application), settings(std::move(info)), view(state)
+{
+  state.settings = settings.get();
+}
+
+EditShell::~EditShell() = default;
+
+void EditShell::Configure()
+{
+  state.viewRect.wid = settings->GetInt("view.width", 512);
+  state.viewRect.hgt = settings->GetInt("view.height", 512);
+  state.frameWidth = settings->GetInt("resolution.width", 640);
+  state.frameHeight = settings->GetInt("resolution.height", 480);
+  app.createFlags |= QApp::NO_BC | QApp::NO_STATE_MANAGER | QApp::FRAME | QApp::NO_RESIZE;
+  app.rBC = &state.viewRect;
+  app.rShell = {settings->GetInt("resolution.x", -1), settings->GetInt("resolution.y", -1), state.frameWidth,
+                        state.frameHeight};
+  if (settings->GetInt("resolution.fullscreen"))
+    app.createFlags |= QApp::CREATE_FULLSCREEN;
+  app.glSettings.width = state.frameWidth;
+  app.glSettings.height = state.frameHeight;
+  app.glSettings.bits = settings->GetInt("resolution.bits", 32);
+}
+
+void EditShell::Setup()
+{
+  app.RunPoll();
+  state.paintVertices = false;
+  DGlobals().flags |= 1;
+  font = std::make_unique<QFont>(FONT);
+  if (font->Create())
+    font->SetScale(1.0f, 1.0f);
+  app.SetSystemFont(font.get());
+  titleBar = std::make_unique<QTitleBar>(app.GetShell(), VERSION);
+  state.camera = EditCamera();
+  manager = std::make_unique<RManager>(1);
+  manager->LoadConfig();
+  CreateView();
+  ResetTrack();
+  fps = std::make_unique<DFPS>(0);
+  widgets = std::make_unique<EditWidgets>(*app.GetShell(), state.viewRect);
+  CreateModes();
+  app.RunPoll();
+  app.SetIdleProc([this] { idleFunc(); });
+  app.SetExitProc([this](int) { exitFunc(); });
+  app.SetEventProc([this](const QEvent& event) { return eventFunc(event); });
+  if (settings->GetInt("settings.auto_load"))
+    SelectTrack(settings->GetStringDirect("track.lasttrack"));
+  SetMode(settings->GetInt("settings.mode"));
+  ReadTransform();
+}
+
+void EditShell::CreateView()
+{
+  WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
+  if (renderer.GetSurroundMethod() != 0) {
+    qwarn(QFileNameOf(__FILE__), "Setup", __LINE__,
+          "surround.method must be 0 for Pavex - enforcing for this run");
+    renderer.SetSurroundMethod(0);
+  }
+  renderer.CreateStats();
+}
+
+void EditShell::CreateModes()
+{
+  modes[0] = std::make_unique<PositionsMode>(state, *this, view);
+  for (size_t i = 1; i < modes.size(); ++i) {
+    std::string name = EditWidgets::modeLabels[i];
+    modes[i] = std::make_unique<PendingMode>(*this, name.substr(0, name.rfind(" (")));
+  }
+}
+
+void EditShell::ReadTransform()
+{
+  float t[7] = {};
+  settings->GetFloats("settings.transform", 7, t);
+  state.camera.transform = {{t[0], t[1], t[2]}, t[3], t[4], t[5]};
+  state.camera.fov = t[6];
+}
+
+void EditShell::StoreSettings()
+{
+  const EditTransform& t = state.camera.transform;
+  const float values[7] = {t.pos.x, t.pos.y, t.pos.z, t.pitch, t.yaw, t.roll, state.camera.fov};
+  settings->SetInt("settings.mode", state.curMode);
+  settings->SetFloats("settings.transform", values, 7);
+}
+
+void EditShell::exitFunc()
+{
+  qlog(QFileNameOf(__FILE__), "exitfunc", __LINE__, "exitFunc()\n");
+  StoreSettings();
+  widgets.reset();
+  state.SelectedNodes.clear();
+  state.curTrack = nullptr;
+  state.trackReady = false;
+  director.reset();
+  viewCamera = nullptr;
+  manager.reset();
+  titleBar.reset();
+  state.settings = nullptr;
+  settings.reset();
+  fps.reset();
+  app.SetSystemFont(nullptr);
+  font.reset();
+  DResetGlobals();
+  qlog(QFileNameOf(__FILE__), "exitfunc", __LINE__, "exitFunc() RET\n");
+}
+
+EditMode* EditShell::CurrentMode()
+{
+  return state.curMode >= 0 && state.curMode < MODES ? modes[static_cast<size_t>(state.curMode)].get() : nullptr;
+}
+
+void EditShell::SetMode(int n)
+{
+  state.paintVertices = false;
+  state.curMode = n;
+  view.ShowSelectedNodes();
+  if (EditMode* mode = CurrentMode()) {
+    mode->ModeSetup();
+    WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
+    renderer.SetFlags(renderer.GetFlags() & ~WorldRenderer::COLOR_FLAGS);
+  }
+  widgets->MarkMode(n);
+}
+
+void EditShell::SetOpButtons(std::span<const char* const> labels)
+{
+  widgets->SetOpButtons(labels);
+}
+
+int EditShell::Message(const char* title, const char* text, bool okOnly, const QRect* rect, const char* okText,
+                       const char* cancelText)
+{
+  return QMessageBox(title, text, okOnly ? 1 : 0, rect, okText, cancelText) == 1 ? 1 : 0;
+}
+
+bool EditShell::AskText(const char* title, const char* prompt, std::string& text, int maxLength, const QRect* rect)
+{
+  return QDlgString(title, prompt, text, maxLength, 1, rect) == 1;
+}
+
+void EditShell::MoveCamera()
+{
+  const auto held = [&](int key) { return state.keyDown[static_cast<size_t>(key)] != 0; };
+  EditCameraInput input;
+  input.forward = held(QKEY_UP) || held('W');
+  input.backward = held(QKEY_DOWN) || held('S');
+  input.anyModifier = app.GetModifiers() != 0;
+  input.mouseX = static_cast<float>(app.GetMouseX());
+  input.mouseY = static_cast<float>(app.GetMouseY());
+  input.width = static_cast<float>(app.GetShell()->GetWidth());
+  input.height = static_cast<float>(app.GetShell()->GetHeight());
+  state.camera.MoveCamera(static_cast<int>(app.GetDisplay().Clock()), input);
+}
+
+bool EditShell::eventFunc(const QEvent& event)
+{
+  const int key = QKeyOf(event.n) & 0xFF;
+  if (event.type == QEvent::KEYPRESS)
+    state.keyDown[static_cast<size_t>(key)] = 1;
+  else if (event.type == QEvent::KEYRELEASE)
+    state.keyDown[static_cast<size_t>(key)] = 0;
+  if (event.type == QEvent::WHEEL)
+    state.camera.fov -= static_cast<float>(event.n) / 120;
+  if (event.type == QEvent::CLICK && OnClick(event))
+    return true;
+  if (!state.curTrack)
+    return false;
+  OnMouse(event);
+  if (event.type == QEvent::MOTIONNOTIFY)
+    return true;
+  return event.type == QEvent::KEYPRESS && OnKey(event.n);
+}
+
+bool EditShell::OnClick(const QEvent& event)
+{
+  if (widgets->IsObjectCheck(event.win)) {
+    if (!widgets->ObjectCheck()) {
+      state.objectMode = false;
+      return false;
+    }
+    view.StartObjectMode();
+    return true;
+  }
+  if (const int n = widgets->CommandOf(event.win); n >= 0)
+    OnCommand(n);
+  else if (EditMode* mode = CurrentMode(); mode && event.win && mode->ModeClick(*event.win))
+    return true;
+  if (const int n = widgets->ModeOf(event.win); n >= 0)
+    SetMode(n);
+  if (const int n = widgets->OperationOf(event.win); n >= 0)
+    if (EditMode* mode = CurrentMode())
+      mode->ModeOp(n);
+  return false;
+}
+
+void EditShell::OnCommand(int n)
+{
+  switch (n) {
+  case 0: SelectTrack({}); break;
+  case 1: ReloadTrack(); break;
+  case 2:
+    if (state.curTrack)
+      SaveTrack();
+    break;
+  default:
+    Message(EditWidgets::commandLabels[static_cast<size_t>(n)], "This command isn't part of this version yet.", true,
+            nullptr, nullptr, nullptr);
+  }
+}
+
+void EditShell::OnMouse(const QEvent& event)
+{
+  const int modifiers = app.GetModifiers();
+  switch (event.type) {
+  case QEvent::BUTTONPRESS:
+  case QEvent::DOUBLECLICK:
+    if (event.type == QEvent::BUTTONPRESS && event.win == app.GetShell())
+      view.MousePress(event.n, event.x, event.y, modifiers);
+    break;
+  case QEvent::BUTTONRELEASE: view.MouseRelease(event.n); break;
+  case QEvent::MOTIONNOTIFY: view.MouseMotion(event.xRoot, event.yRoot, modifiers); break;
+  case QEvent::WHEEL: view.Wheel(event.n, modifiers); break;
+  default: break;
+  }
+}
+
+// A key that works in every mode.
+struct EditShell::GlobalKey
+{
+  int code;
+  void (*run)(EditShell& shell);
+};
+
+const EditShell::GlobalKey EditShell::globalKeys[] = {
+    {QMOD_SHIFT | 'Q', [](EditShell& s) { s.app.Exit(0); }},
+    {'I', [](EditShell& s) { s.OnCommand(4); }},
+    {'G', [](EditShell& s) { s.view.GotoPickStart(); }},
+    {'N', [](EditShell& s) { s.ToggleRendererFlag(WorldRenderer::PAINT_NORMALS); }},
+    {'Z', [](EditShell& s) { s.ToggleRendererFlag(WorldRenderer::PAINT_WIREFRAME); }},
+    {'M',
+     [](EditShell& s) {
+       if (s.state.curMode <= TRAFFIC_MODE)
+         s.SetMode(s.state.curMode == TRAFFIC_MODE ? 0 : s.state.curMode + 1);
+     }},
+    {QMOD_SHIFT | 'L', [](EditShell& s) { s.ReloadTrack(); }},
+    {QMOD_SHIFT | 'S', [](EditShell& s) { s.SaveTrack(); }},
+    {QMOD_SHIFT | 'T', [](EditShell& s) { s.SelectTrack({}); }},
+    {QKEY_KP_ADD, [](EditShell& s) { s.Zoom(0.95f, 1); }},
+    {QKEY_KP_SUBTRACT, [](EditShell& s) { s.Zoom(1.05f, -1); }},
+    {QKEY_KP_0 + 7, [](EditShell& s) { s.state.camera.transform.roll -= 1; }},
+    {QKEY_KP_0 + 8, [](EditShell& s) { s.state.camera.transform.roll = 0; }},
+    {QKEY_KP_0 + 9, [](EditShell& s) { s.state.camera.transform.roll += 1; }},
+    {'O', [](EditShell& s) { s.ToggleObjectMode(); }},
+    {'E',
+     [](EditShell& s) {
+       s.view.FocusSelection();
+       s.view.OrbitApply(0, 0);
+     }},
+    {QMOD_CTRL | QMOD_SHIFT | 'S', [](EditShell& s) { s.OnCommand(7); }},
+    {QMOD_CTRL | QMOD_SHIFT | 'T', [](EditShell& s) { s.OnCommand(10); }},
+    {QMOD_CTRL | 'W',
+     [](EditShell& s) {
+       s.Message("Export WRL", "This command isn't part of this version yet.", true, nullptr, nullptr, nullptr);
+     }},
+    {QMOD_CTRL | 'V', [](EditShell& s) { s.state.hudVisible = !s.state.hudVisible; }},
+};
+
+bool EditShell::OnKey(int code)
+{
+  if (QIsModifierKey(QKeyOf(code)))
+    return false;
+  EditMode* mode = CurrentMode();
+  if (mode && mode->ModeKey(code) && state.curMode >= ANIMATED_MODE)
+    return true;
+  if (code >= QKEY_F1 && code <= QKEY_F10)
+    SetMode(code - QKEY_F1);
+  for (const GlobalKey& key : globalKeys)
+    if (key.code == code) {
+      key.run(*this);
+      break;
+    }
+  return false;
+}
+
+void EditShell::ToggleObjectMode()
+{
+  state.objectMode = !state.objectMode;
+  widgets->SetObjectCheck(state.objectMode);
+  if (state.objectMode)
+    view.StartObjectMode();
+}
+
+void EditShell::Zoom(float factor, float fov)
+{
+  if (!state.objectMode) {
+    state.camera.fov += fov;
+    return;
+  }
+  state.orbitFactor = std::max(state.orbitFactor * factor, 0.01f);
+  view.OrbitApply(0, 0);
+}
+
+void EditShell::ToggleRendererFlag(uint32_t bit)
+{
+  WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
+  renderer.SetFlags(renderer.GetFlags() ^ bit);
+}

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "editor/edithost.h"
+#include "editor/editmode.h"
+#include "editor/editstate.h"
+#include "editor/editview.h"
+
+#include <array>
+#include <memory>
+#include <string>
+
+class DCameraAnimated;
+class DDirector;
+class DFPS;
+class EditWidgets;
+class QApp;
+class QFont;
+class QInfo;
+class QProgressDialog;
+class QTitleBar;
+class RManager;
+struct QEvent;
+
+// The editor between the frame's start and the process' end: set-up, callbacks, modes, track commands, shutdown.
+class EditShell : public EditHost
+{
+public:
+  static constexpr const char* VERSION = "Torvik Pavex v7.8.1 - 64 bits";
+  static constexpr int MODES = 10;
+
+  // Both outlive the shell.
+  EditShell(QApp& application, std::unique_ptr<QInfo> settings);
+  ~EditShell() override;
+  EditShell(const EditShell&) = delete;
+  EditShell& operator=(const EditShell&) = delete;
+
+  // Tells the application what window the settings want; before it makes one.
+  void Configure();
+  // Once the frame has made its window. Installs the callbacks.
+  void Setup();
+  // Saves the settings and takes all down; the frame calls it before its own clean-up.
+  void exitFunc();
+
+  void idleFunc();
+  bool eventFunc(const QEvent& event); // true: handled
+
+  void SetMode(int n);
+  bool SelectTrack(std::string name); // empty: asks
+  void LoadTrack();
+  void ReloadTrack();
+  void SaveTrack();
+  void ResetTrack();
+  void SetTrack(const std::string& name);
+
+  void SetOpButtons(std::span<const char* const> labels) override;
+  void HudPrint(std::string_view text) override;
+  int Message(const char* title, const char* text, bool okOnly, const QRect* rect, const char* okText,
+              const char* cancelText) override;
+  bool AskText(const char* title, const char* prompt, std::string& text, int maxLength, const QRect* rect) override;
+
+  EditState& State() { return state; }
+  const QInfo& Settings() const { return *settings; } // until exitFunc
+  // The HUD as it was last painted, a line each.
+  const std::vector<std::string>& HudLines() const { return hudLines; }
+
+private:
+  struct GlobalKey;
+  static const GlobalKey globalKeys[];
+
+  void CreateView();
+  void CreateModes();
+  void ReadTransform();
+  void StoreSettings();
+
+  // Painting, in editpaint.cpp.
+  void PaintAll();
+  void PrepareScene();
+  void PaintOverlay(int flags);
+  void PaintPickLine(DOverlay& overlay) const;
+  void PaintAllVertices(DOverlay& overlay) const;
+  void PaintPanels();
+  void PaintHud();
+
+  // Events.
+  bool OnClick(const QEvent& event);
+  void OnCommand(int n);
+  void OnMouse(const QEvent& event);
+  bool OnKey(int code);
+  void ToggleObjectMode();
+  void ObjectModeOn();
+  void Zoom(float factor, float fov);
+  void ToggleRendererFlag(uint32_t bit);
+  void MoveCamera();
+  EditMode* CurrentMode();
+
+  // Track commands, in edittrack.cpp.
+  bool TrackExists(const std::string& name) const;
+  void OpenTrack(const std::string& name);
+  void ResetView();
+  bool LoadProgress(QProgressDialog& dialog, int current, int total, const char* text);
+
+  QApp& app;
+  std::unique_ptr<QInfo> settings;
+  EditState state;
+  EditView view;
+  std::unique_ptr<RManager> manager;
+  std::unique_ptr<QFont> font;
+  std::unique_ptr<QTitleBar> titleBar;
+  std::unique_ptr<EditWidgets> widgets;
+  std::unique_ptr<DDirector> director; // holds one rail, and that the view camera
+  DCameraAnimated* viewCamera = nullptr;
+  std::unique_ptr<DFPS> fps;
+  std::array<std::unique_ptr<EditMode>, MODES> modes;
+  std::vector<std::string> hudLines;
+  int hudY = 0;
+  int64_t startTime = 0; // of the shared clock, milliseconds
+};
