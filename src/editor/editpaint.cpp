@@ -15,6 +15,7 @@
 #include "ui/qfont.h"
 #include "ui/qgloverlay.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -46,8 +47,9 @@ void EditShell::idleFunc()
     return;
   MoveCamera();
   RScene& scene = *manager->GetScene();
-  scene.SetCamMode(2);
-  scene.SetListener(state.camera.transform.pos, DVector3(0.0f));
+  scene.SetCamMode(RScene::CAM_MODE_FREE);
+  scene.listener.position = state.camera.transform.pos;
+  scene.listener.velocity = DVector3(0.0f);
 }
 
 void EditShell::PaintAll()
@@ -75,14 +77,15 @@ void EditShell::PaintAll()
 
 void EditShell::PrepareScene()
 {
-  manager->SetResolution(state.frameWidth, state.frameHeight);
-  WorldScene& world = *manager->GetWorld();
-  world.SetView(director.get(), {0, 0, state.frameWidth, state.frameHeight});
+  manager->SetFrameSize(state.frameWidth, state.frameHeight);
+  manager->GetScene()->SetView(director.get(), state.frameWidth, state.frameHeight);
   const EditTransform& t = state.camera.transform;
-  viewCamera->Set(t.pos, DVector3(0.0f), t.yaw, t.pitch, t.roll, state.camera.fov);
+  viewCamera->Go(t.pos, DVector3(0.0f), t.yaw, t.pitch, t.roll, DCamera::METHOD_MATRIX);
+  viewCamera->SetFOV(state.camera.fov);
+  viewCamera->SetAspect(static_cast<float>(state.frameWidth) / static_cast<float>(std::max(state.frameHeight, 1)));
+  viewCamera->CalcModelViewMatrix();
   if (state.curTrack->sun)
-    world.SetSun(state.curTrack->sun->position);
-  world.Prepare();
+    manager->GetWorld()->sun.position = state.curTrack->sun->position;
   view.SetMatrices(viewCamera->GetModelView(), viewCamera->GetProjection());
 }
 
@@ -107,12 +110,11 @@ void EditShell::PaintAllVertices(DOverlay& overlay) const
   DOverlayStyle style;
   style.color = GREEN;
   style.width = 2;
-  for (int i = 0; i < state.curTrack->NodeCount(); ++i) {
-    const DGeode* geode = state.curTrack->GetNode(i)->geode;
-    for (int k = 0; geode && k < geode->GetNoofGeobs(); ++k) {
-      const DGeob& geob = *geode->GetGeob(k);
-      overlay.Points({geob.vertex.data(), geob.vertex.size()}, style);
-    }
+  for (const auto& node : state.curTrack->nodes) {
+    if (!node->geode)
+      continue;
+    for (const auto& geob : node->geode->geob)
+      overlay.Points({geob->vertex.data(), geob->vertex.size()}, style);
   }
 }
 

@@ -15,7 +15,7 @@
 #include "scene/worldscene.h"
 #include "track/rtrackvrml.h"
 #include "ui/qapp.h"
-#include "ui/qdialog.h"
+#include "ui/qdlgstring.h"
 #include "ui/qfont.h"
 #include "ui/qkeys.h"
 #include "ui/qtitlebar.h"
@@ -62,12 +62,13 @@ void EditShell::Setup()
   app.RunPoll();
   state.paintVertices = false;
   DGlobals().flags |= 1;
-  font = std::make_unique<QFont>(FONT);
+  font = std::make_unique<QFont>(FONT, 11, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
   if (font->Create())
     font->SetScale(1.0f, 1.0f);
   app.SetSystemFont(font.get());
   titleBar = std::make_unique<QTitleBar>(app.GetShell(), VERSION);
   state.camera = EditCamera();
+  startTime = app.GetDisplay().Clock();
   manager = std::make_unique<RManager>(1);
   manager->LoadConfig();
   CreateView();
@@ -78,7 +79,7 @@ void EditShell::Setup()
   app.RunPoll();
   app.SetIdleProc([this] { idleFunc(); });
   app.SetExitProc([this](int) { exitFunc(); });
-  app.SetEventProc([this](const QEvent& event) { return eventFunc(event); });
+  app.SetEventProc([this](QEvent* event) { return eventFunc(*event); });
   if (settings->GetInt("settings.auto_load"))
     SelectTrack(settings->GetStringDirect("track.lasttrack"));
   SetMode(settings->GetInt("settings.mode"));
@@ -94,6 +95,13 @@ void EditShell::CreateView()
     renderer.SetSurroundMethod(0);
   }
   renderer.CreateStats();
+  viewCamera = std::make_unique<DCameraAnimated>();
+  rail = std::make_unique<DRail>();
+  rail->AddCamera(viewCamera.get());
+  director = std::make_unique<DDirector>();
+  director->AddRail(rail.get());
+  director->SetRail(0, 0);
+  manager->GetScene()->SetDirector(RScene::CAM_MODE_FREE, director.get());
 }
 
 void EditShell::CreateModes()
@@ -129,9 +137,10 @@ void EditShell::exitFunc()
   state.SelectedNodes.clear();
   state.curTrack = nullptr;
   state.trackReady = false;
-  director.reset();
-  viewCamera = nullptr;
   manager.reset();
+  director.reset();
+  rail.reset();
+  viewCamera.reset();
   titleBar.reset();
   state.settings = nullptr;
   settings.reset();
@@ -155,7 +164,7 @@ void EditShell::SetMode(int n)
   if (EditMode* mode = CurrentMode()) {
     mode->ModeSetup();
     WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
-    renderer.SetFlags(renderer.GetFlags() & ~WorldRenderer::COLOR_FLAGS);
+    renderer.SetFlags(renderer.GetFlags() & ~WorldRenderer::COLOR_BY_FLAGS);
   }
   widgets->MarkMode(n);
 }

@@ -12,6 +12,7 @@
 class DCameraAnimated;
 class DDirector;
 class DFPS;
+class DRail;
 class EditWidgets;
 class QApp;
 class QFont;
@@ -107,8 +108,9 @@ private:
   std::unique_ptr<QFont> font;
   std::unique_ptr<QTitleBar> titleBar;
   std::unique_ptr<EditWidgets> widgets;
-  std::unique_ptr<DDirector> director; // holds one rail, and that the view camera
-  DCameraAnimated* viewCamera = nullptr;
+  std::unique_ptr<DCameraAnimated> viewCamera;
+  std::unique_ptr<DRail> rail; // the view camera alone
+  std::unique_ptr<DDirector> director;
   std::unique_ptr<DFPS> fps;
   std::array<std::unique_ptr<EditMode>, MODES> modes;
   std::vector<std::string> hudLines;

@@ -10,7 +10,7 @@
 
 class QInfo;
 class RTrackVRML;
-struct RTrackNode;
+class RTrackNode;
 
 struct SelectedNode
 {

@@ -113,10 +113,11 @@ void EditShell::LoadTrack()
     state.curTrack->progressCallback = nullptr;
   dialog.reset();
   if (state.curTrack) {
-    for (int i = 0; i < state.curTrack->NodeCount(); ++i) {
-      const RTrackNode& node = *state.curTrack->GetNode(i);
-      if (node.geode && !node.geode->Validate())
-        qerr(QFileNameOf(__FILE__), "LoadTrack", __LINE__, "Track node %d (%s) is bad!", i, node.name.c_str());
+    int i = 0;
+    for (const auto& node : state.curTrack->nodes) {
+      if (node->geode && !node->geode->Validate())
+        qerr(QFileNameOf(__FILE__), "LoadTrack", __LINE__, "Track node %d (%s) is bad!", i, node->name.c_str());
+      ++i;
     }
     state.trackReady = true;
   }

@@ -4,6 +4,7 @@
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dintersect.h"
+#include "scene/worldgeodenode.h"
 #include "track/rtrackvrml.h"
 #include "ui/qkeys.h"
 
@@ -25,15 +26,6 @@ constexpr float REFERENCE_HEIGHT = 576;
 constexpr int KEYFRAME_MODE = 2;
 constexpr int MODEL_MODE = 3;
 constexpr int MARSHAL_MODE = 9;
-
-// The corner of the hit triangle nearest to the hit point; the earlier of two equally near ones.
-DVector3 NearestCorner(const DGeode& geode, const DGeodeHit& hit)
-{
-  const auto corners = geode.GetGeob(hit.geob)->GetTriangle(hit.triangle);
-  return *std::min_element(corners.begin(), corners.end(), [&](const DVector3& a, const DVector3& b) {
-    return glm::distance(a, hit.point) < glm::distance(b, hit.point);
-  });
-}
 
 int BitOf(int button)
 {
@@ -99,16 +91,18 @@ void EditView::PickRay(int x, int y, const EditTransform& from, DVector3& out)
   const DVector3 direction = DNormalized(ahead - origin);
   float best = MAX_PICK;
   int remembered = -1;
-  for (int i = 0; i < state.curTrack->NodeCount(); ++i) {
-    const RTrackNode& node = *state.curTrack->GetNode(i);
+  int i = -1;
+  for (const auto& entry : state.curTrack->nodes) {
+    ++i;
+    const RTrackNode& node = *entry;
     if ((node.flags & RTrackNode::SKY) || !node.geode ||
         !IntersectRaySphere(origin, direction, node.center, node.radius))
       continue;
-    DGeodeHit hit;
-    if (!IntersectRayGeode(origin, direction, *node.geode, hit) || hit.t <= 0 || hit.t >= best)
+    GeodeHit hit;
+    if (!IntersectRayGeode(*node.geode, origin, direction, hit) || hit.t <= 0 || hit.t >= best)
       continue;
     best = hit.t;
-    out = state.paintVertices || state.curMode == KEYFRAME_MODE ? NearestCorner(*node.geode, hit) : hit.point;
+    out = state.paintVertices || state.curMode == KEYFRAME_MODE ? hit.NearestCorner() : hit.point;
     remembered = i;
   }
   if (remembered >= 0)
@@ -121,14 +115,14 @@ void EditView::RememberNode(int index)
     return;
   if (state.curMode == MARSHAL_MODE)
     ClearSelectedNodes();
-  state.SelectedNodes.push_back({index, state.curTrack->GetNode(index)});
+  state.SelectedNodes.push_back({index, state.curTrack->nodes.At(index)->get()});
 }
 
 void EditView::ShowSelectedNodes()
 {
   for (const SelectedNode& selected : state.SelectedNodes)
     if (selected.node && selected.node->sceneNode)
-      selected.node->sceneNode->Show();
+      selected.node->sceneNode->flags |= WorldNode::VISIBLE;
 }
 
 void EditView::ClearSelectedNodes()
