@@ -39,3 +39,10 @@ endfunction()
 
 # Programs and tests land together; the release script copies the programs to bin/ of the tree.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+# Keeps the leak checker able to name what an OpenGL driver leaks; for programs that may open one.
+function(pavex_keep_drivers program)
+  if(PAVEX_SANITIZE)
+    target_sources(${program} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/nodlclose.cpp)
+  endif()
+endfunction()
