@@ -15,7 +15,7 @@
 #include "scene/worldscene.h"
 #include "track/rtrackvrml.h"
 #include "ui/qapp.h"
-#include "ui/qdlgstring.h"
+#include "ui/qmessagebox.h"
 #include "ui/qfont.h"
 #include "ui/qkeys.h"
 #include "ui/qtitlebar.h"
