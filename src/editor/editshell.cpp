@@ -46,7 +46,7 @@ void EditShell::Configure()
   state.viewRect.hgt = settings->GetInt("view.height", 512);
   state.frameWidth = settings->GetInt("resolution.width", 640);
   state.frameHeight = settings->GetInt("resolution.height", 480);
-  app.createFlags |= QApp::NO_BC | QApp::NO_STATE_MANAGER | QApp::FRAME | QApp::NO_RESIZE;
+  app.createFlags |= QApp::NO_BC | QApp::NO_STATE_MANAGER | QApp::NO_RESIZE;
   app.rBC = &state.viewRect;
   app.rShell = {settings->GetInt("resolution.x", -1), settings->GetInt("resolution.y", -1), state.frameWidth,
                         state.frameHeight};
