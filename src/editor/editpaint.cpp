@@ -93,7 +93,7 @@ void EditShell::PaintOverlay(int flags)
 {
   static_cast<void>(flags);
   app.GetShell()->GetCanvas().Set3D();
-  QGLOverlay overlay(viewCamera->GetModelView(), viewCamera->GetProjection());
+  QGLOverlay overlay;
   if (EditMode* mode = CurrentMode())
     mode->ModePaint(overlay);
   if (state.paintVertices)

@@ -5,6 +5,7 @@
 #include <glm/mat4x4.hpp>
 
 struct EditState;
+struct EditTransform;
 struct QEvent;
 
 // How a mouse position becomes a point on the scenery, and how mouse and keys move the camera.

@@ -134,10 +134,10 @@ bool EditWidgets::ObjectCheck() const
 
 QRect EditWidgets::Command0() const
 {
-  return commands[0]->GetRect();
+  return commands[0]->rect;
 }
 
 QRect EditWidgets::Mode0() const
 {
-  return modes[0]->GetRect();
+  return modes[0]->rect;
 }

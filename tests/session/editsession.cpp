@@ -24,7 +24,7 @@ void WriteRoad(const std::string& path)
     geob.normal.push_back({0, 1, 0});
     geob.texCoord[0].push_back({corner.x / 10, corner.z / 10});
   }
-  for (uint16_t i : {0, 2, 1, 0, 3, 2})
+  for (const uint16_t i : std::initializer_list<uint16_t>{0, 2, 1, 0, 3, 2})
     geob.index.push_back(i);
   geob.AddBurst({0, 3 * 6, 0, 3, 0});
   geob.FinalizeGeob();
@@ -78,12 +78,9 @@ void EditSession::Start()
   auto owned = std::make_unique<QNullDisplay>();
   display = owned.get();
   application = std::make_unique<QApp>("pavex", "Pavex", std::move(owned));
-  application->endProcess = [this](int status) {
-    ended = true;
-    exitStatus = status;
-  };
-  simulator = std::make_unique<QInfo>("torvik.ini", QInfo::NO_OPEN_WARNING);
-  application->SetInfo(simulator.get());
+  application->SetNonStoppingExit();
+  application->AddCleanupProc([this] { ended = true; });
+  application->SetInfo(std::make_unique<QInfo>("torvik.ini", QInfo::NO_OPEN_WARNING));
   shell = std::make_unique<EditShell>(*application, std::make_unique<QInfo>(root.Path("bin/pavex.ini")));
   shell->Configure();
   ASSERT_TRUE(application->Create());
@@ -110,11 +107,8 @@ void EditSession::Settle()
 
 void EditSession::NoteDialog()
 {
-  const QWindow* dialog = application->GetWindowManager()->OpenDialog();
-  std::string text = dialog ? dialog->GetText() : "(no dialog)";
-  for (const QWindow* w : application->GetWindowManager()->Windows())
-    if (dialog && w->compound == dialog && std::string_view(w->GetClassName()) == "QLabel")
-      text += ": " + w->GetText();
+  const auto* dialog = dynamic_cast<const QDialog*>(application->GetWindowManager()->OpenDialog());
+  const std::string text = dialog ? dialog->GetTitle() + ": " + dialog->GetText() : "(no dialog)";
   dialogs.push_back(text);
 }
 

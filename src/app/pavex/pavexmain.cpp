@@ -37,8 +37,7 @@ int main()
   QSetCurrentDirectory("..");
 
   QApp application("pavex", "Pavex", std::make_unique<QSDLDisplay>());
-  QInfo simulator("torvik.ini", QInfo::NO_OPEN_WARNING);
-  application.SetInfo(&simulator);
+  application.SetInfo(std::make_unique<QInfo>("torvik.ini", QInfo::NO_OPEN_WARNING));
   EditShell shell(application, std::move(settings));
   shell.Configure();
   if (!application.Create())
