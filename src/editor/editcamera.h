@@ -40,7 +40,7 @@ struct EditCameraInput
 class EditCamera
 {
 public:
-  static constexpr float MAX_SPEED = 0.03f;   // metres a millisecond
+  static constexpr float MAX_SPEED = 0.03f;      // metres a millisecond
   static constexpr float ACCELERATION = 0.0001f; // metres a millisecond, each millisecond
 
   EditTransform transform;

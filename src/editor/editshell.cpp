@@ -15,9 +15,9 @@
 #include "scene/worldscene.h"
 #include "track/rtrackvrml.h"
 #include "ui/qapp.h"
-#include "ui/qmessagebox.h"
 #include "ui/qfont.h"
 #include "ui/qkeys.h"
+#include "ui/qmessagebox.h"
 #include "ui/qtitlebar.h"
 #include "ui/qwindowmanager.h"
 
@@ -49,7 +49,7 @@ void EditShell::Configure()
   app.createFlags |= QApp::NO_BC | QApp::NO_STATE_MANAGER | QApp::NO_RESIZE;
   app.rBC = &state.viewRect;
   app.rShell = {settings->GetInt("resolution.x", -1), settings->GetInt("resolution.y", -1), state.frameWidth,
-                        state.frameHeight};
+                state.frameHeight};
   if (settings->GetInt("resolution.fullscreen"))
     app.createFlags |= QApp::CREATE_FULLSCREEN;
   app.glSettings.width = state.frameWidth;
@@ -90,8 +90,7 @@ void EditShell::CreateView()
 {
   WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
   if (renderer.GetSurroundMethod() != 0) {
-    qwarn(QFileNameOf(__FILE__), "Setup", __LINE__,
-          "surround.method must be 0 for Pavex - enforcing for this run");
+    qwarn(QFileNameOf(__FILE__), "Setup", __LINE__, "surround.method must be 0 for Pavex - enforcing for this run");
     renderer.SetSurroundMethod(0);
   }
   renderer.CreateStats();
@@ -243,8 +242,12 @@ bool EditShell::OnClick(const QEvent& event)
 void EditShell::OnCommand(int n)
 {
   switch (n) {
-  case 0: SelectTrack({}); break;
-  case 1: ReloadTrack(); break;
+  case 0:
+    SelectTrack({});
+    break;
+  case 1:
+    ReloadTrack();
+    break;
   case 2:
     if (state.curTrack)
       SaveTrack();
@@ -264,10 +267,17 @@ void EditShell::OnMouse(const QEvent& event)
     if (event.type == QEvent::BUTTONPRESS && event.win == app.GetShell())
       view.MousePress(event.n, event.x, event.y, modifiers);
     break;
-  case QEvent::BUTTONRELEASE: view.MouseRelease(event.n); break;
-  case QEvent::MOTIONNOTIFY: view.MouseMotion(event.xRoot, event.yRoot, modifiers); break;
-  case QEvent::WHEEL: view.Wheel(event.n, modifiers); break;
-  default: break;
+  case QEvent::BUTTONRELEASE:
+    view.MouseRelease(event.n);
+    break;
+  case QEvent::MOTIONNOTIFY:
+    view.MouseMotion(event.xRoot, event.yRoot, modifiers);
+    break;
+  case QEvent::WHEEL:
+    view.Wheel(event.n, modifiers);
+    break;
+  default:
+    break;
   }
 }
 

@@ -58,7 +58,9 @@ void EditView::MouseToView(int& x, int& y) const
 {
   const QRect& v = state.viewRect;
   const auto scaled = [](int at, int frame, int view) {
-    return view == 0 ? 0 : static_cast<int>(static_cast<float>(at) / (static_cast<float>(frame) / static_cast<float>(view)));
+    return view == 0
+               ? 0
+               : static_cast<int>(static_cast<float>(at) / (static_cast<float>(frame) / static_cast<float>(view)));
   };
   x = scaled(x, state.frameWidth, v.wid) + v.x;
   y = scaled(y, state.frameHeight, v.hgt) + v.y;

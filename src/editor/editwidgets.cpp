@@ -8,25 +8,16 @@
 #include <algorithm>
 
 const std::array<const char*, EditWidgets::COMMANDS> EditWidgets::commandLabels = {
-    "Select track (Shift-T)",
-    "Reload track (Shift-L)",
-    "Save track (Shift-S)",
-    "Convert SCGT wrl's",
-    "(I)mport DOF models",
-    "Add lighting",
-    "ASE->DOF batch",
-    "Splitter (Ctrl-Shift-S)",
-    "Cut ASE apart",
-    "Cut Multisub ASE",
-    "Make track_template.shd",
-    "Auto - Ase To Dof",
+    "Select track (Shift-T)", "Reload track (Shift-L)", "Save track (Shift-S)",    "Convert SCGT wrl's",
+    "(I)mport DOF models",    "Add lighting",           "ASE->DOF batch",          "Splitter (Ctrl-Shift-S)",
+    "Cut ASE apart",          "Cut Multisub ASE",       "Make track_template.shd", "Auto - Ase To Dof",
     "Optimize DOFs",
 };
 
 const std::array<const char*, EditWidgets::MODES> EditWidgets::modeLabels = {
-    "Positions (F1)",      "Track cameras (F2)",  "Track keyframe cameras (F3)", "Model properties (F4)",
-    "Road splines (F5)",   "Ambient sounds (F6)", "Animated objects (F7)",       "Traffic (F8)",
-    "Lidar (F9)",          "Marshal posts (F10)",
+    "Positions (F1)",    "Track cameras (F2)",  "Track keyframe cameras (F3)", "Model properties (F4)",
+    "Road splines (F5)", "Ambient sounds (F6)", "Animated objects (F7)",       "Traffic (F8)",
+    "Lidar (F9)",        "Marshal posts (F10)",
 };
 
 namespace {

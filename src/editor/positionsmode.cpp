@@ -61,8 +61,7 @@ void StoreLine(Lines& lines, int n, std::unique_ptr<Line> line)
 
 PositionsMode::PositionsMode(EditState& owner, EditHost& asks, EditView& theView) :
     state(owner), host(asks), view(theView)
-{
-}
+{}
 
 void PositionsMode::ModeSetup()
 {
@@ -93,7 +92,8 @@ void PositionsMode::ModePaint(DOverlay& overlay) const
 void PositionsMode::ModeHud() const
 {
   const RTrackVRML& track = *state.curTrack;
-  const struct {
+  const struct
+  {
     const char* text;
     int count;
   } lines[] = {
@@ -108,8 +108,7 @@ void PositionsMode::ModeHud() const
 
 void PositionsMode::GotoGridPos()
 {
-  const int n =
-      InputIndex(host, "Select grid position index", std::min(state.curTrack->gridCount, MAX_INDEX), -1);
+  const int n = InputIndex(host, "Select grid position index", std::min(state.curTrack->gridCount, MAX_INDEX), -1);
   if (n < 0)
     return;
   state.camera.SetCameraPos(state.curTrack->GetGridPos(n)->from + DVector3(0, 1, 0));

@@ -167,9 +167,9 @@ TEST_F(PositionsModeTest, HudCounts)
 {
   track.gridCount = 7;
   mode.ModeHud();
-  EXPECT_EQ((std::vector<std::string>{"Grid positions: 7", "Pit positions : 0", "Timelines     : 0",
-                                      "Triggerlines  : 0"}),
-            host.hud);
+  EXPECT_EQ(
+      (std::vector<std::string>{"Grid positions: 7", "Pit positions : 0", "Timelines     : 0", "Triggerlines  : 0"}),
+      host.hud);
   mode.ModeSetup();
   EXPECT_EQ(10u, host.buttons.size());
 }

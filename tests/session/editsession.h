@@ -34,7 +34,7 @@ public:
   void ClickOn(const char* className, const char* text); // the visible control of that text; fails without
   void ShiftDrag(int x1, int y1, int x2, int y2);
   void Drag(int button, int x1, int y1, int x2, int y2);
-  void Frames(int n); // n idle calls
+  void Frames(int n);                   // n idle calls
   void LookDownOn(const DVector3& eye); // straight down, and a frame so that picking knows it
 
   EditShell& Shell() { return *shell; }

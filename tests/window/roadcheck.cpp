@@ -80,8 +80,8 @@ int PrintView(const std::string& directory)
   const DVector3 eye = middle(5) + DVector3(0, 8, 0);
   const DVector3 ahead = glm::normalize(target - eye);
   const double degrees = 180 / M_PI;
-  std::printf("%f %f %f %f %f 0 50\n", double(eye.x), double(eye.y), double(eye.z), std::asin(double(-ahead.y)) * degrees,
-              std::atan2(double(ahead.x), double(-ahead.z)) * degrees);
+  std::printf("%f %f %f %f %f 0 50\n", double(eye.x), double(eye.y), double(eye.z),
+              std::asin(double(-ahead.y)) * degrees, std::atan2(double(ahead.x), double(-ahead.z)) * degrees);
   return 0;
 }
 
