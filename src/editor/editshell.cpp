@@ -63,9 +63,10 @@ void EditShell::Setup()
   state.paintVertices = false;
   DGlobals().flags |= 1;
   font = std::make_unique<QFont>(FONT, 11, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
-  if (font->Create())
+  if (font->Create()) {
     font->SetScale(1.0f, 1.0f);
-  app.SetSystemFont(font.get());
+    app.SetSystemFont(font.get());
+  }
   titleBar = std::make_unique<QTitleBar>(app.GetShell(), VERSION);
   state.camera = EditCamera();
   startTime = app.GetDisplay().Clock();
