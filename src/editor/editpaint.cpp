@@ -111,9 +111,9 @@ void EditShell::PaintAllVertices(DOverlay& overlay) const
   style.color = GREEN;
   style.width = 2;
   for (const auto& node : state.curTrack->nodes) {
-    if (!node->geode)
+    if (!node->Geode())
       continue;
-    for (const auto& geob : node->geode->geob)
+    for (const auto& geob : node->Geode()->geob)
       overlay.Points({geob->vertex.data(), geob->vertex.size()}, style);
   }
 }

@@ -115,7 +115,7 @@ void EditShell::LoadTrack()
   if (state.curTrack) {
     int i = 0;
     for (const auto& node : state.curTrack->nodes) {
-      if (node->geode && !node->geode->Validate())
+      if (node->Geode() && !node->Geode()->Validate())
         qerr(QFileNameOf(__FILE__), "LoadTrack", __LINE__, "Track node %d (%s) is bad!", i, node->name.c_str());
       ++i;
     }

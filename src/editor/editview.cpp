@@ -97,11 +97,11 @@ void EditView::PickRay(int x, int y, const EditTransform& from, DVector3& out)
   for (const auto& entry : state.curTrack->nodes) {
     ++i;
     const RTrackNode& node = *entry;
-    if ((node.flags & RTrackNode::SKY) || !node.geode ||
+    if ((node.flags & RTrackNode::SKY) || !node.Geode() ||
         !IntersectRaySphere(origin, direction, node.center, node.radius))
       continue;
     GeodeHit hit;
-    if (!IntersectRayGeode(*node.geode, origin, direction, hit) || hit.t <= 0 || hit.t >= best)
+    if (!IntersectRayGeode(*node.Geode(), origin, direction, hit) || hit.t <= 0 || hit.t >= best)
       continue;
     best = hit.t;
     out = state.paintVertices || state.curMode == KEYFRAME_MODE ? hit.NearestCorner() : hit.point;
@@ -155,7 +155,7 @@ void EditView::FocusSelection()
   float distance = 0;
   DVector3 centers(0.0f);
   for (const SelectedNode& selected : state.SelectedNodes) {
-    const DBox box = selected.node->geode->GetBoundingBox();
+    const DBox box = selected.node->Geode()->GetBoundingBox();
     distance = std::max(distance, box.Radius() * state.orbitFactor);
     centers += box.Center();
   }
