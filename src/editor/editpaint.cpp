@@ -3,6 +3,7 @@
 #include "editor/editshell.h"
 
 #include "editor/editwidgets.h"
+#include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
@@ -59,6 +60,7 @@ void EditShell::PaintAll()
   if (!state.curTrack) {
     shell.GetCanvas().SetColor(PX_BLACK);
     shell.GetCanvas().Clear();
+    PaintDialog();
     shell.GetCanvas().Swap();
     return;
   }
@@ -67,12 +69,29 @@ void EditShell::PaintAll()
     manager->SetTime(static_cast<int>(app.GetDisplay().Clock() - startTime));
     manager->GetScene()->Paint();
     PaintOverlay(0);
+    if (!firstFrameLogged)
+      QLOG("First frame of '%s' %d ms after the editor's set-up began\n", state.curTrack->trackName.c_str(),
+           manager->GetTime());
+    firstFrameLogged = true;
   } else {
     shell.GetCanvas().SetColor(PX_BLACK);
     shell.GetCanvas().Clear();
   }
   PaintPanels();
   shell.GetCanvas().Swap();
+}
+
+// The shell's widgets aren't painted without a track, but what asks the user must be seen.
+void EditShell::PaintDialog()
+{
+  const QWindowManager& wm = *app.GetWindowManager();
+  const QWindow* dialog = wm.OpenDialog();
+  QCanvas& cv = app.GetShell()->GetCanvas();
+  cv.Begin();
+  for (QWindow* w : wm.Windows())
+    if (dialog && w->compound == dialog && w->IsVisible())
+      w->Paint();
+  cv.End();
 }
 
 void EditShell::PrepareScene()
@@ -93,7 +112,7 @@ void EditShell::PaintOverlay(int flags)
 {
   static_cast<void>(flags);
   app.GetShell()->GetCanvas().Set3D();
-  QGLOverlay overlay;
+  QGLOverlay overlay(app.GetShell()->GetCanvas());
   if (EditMode* mode = CurrentMode())
     mode->ModePaint(overlay);
   if (state.paintVertices)

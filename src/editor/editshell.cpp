@@ -59,6 +59,7 @@ void EditShell::Configure()
 
 void EditShell::Setup()
 {
+  startTime = app.GetDisplay().Clock();
   app.RunPoll();
   state.paintVertices = false;
   DGlobals().flags |= 1;
@@ -69,7 +70,6 @@ void EditShell::Setup()
   }
   titleBar = std::make_unique<QTitleBar>(app.GetShell(), VERSION);
   state.camera = EditCamera();
-  startTime = app.GetDisplay().Clock();
   manager = std::make_unique<RManager>(1);
   manager->LoadConfig();
   CreateView();

@@ -80,6 +80,7 @@ private:
   void PaintPickLine(DOverlay& overlay) const;
   void PaintAllVertices(DOverlay& overlay) const;
   void PaintPanels();
+  void PaintDialog();
   void PaintHud();
 
   // Events.
@@ -116,4 +117,5 @@ private:
   std::vector<std::string> hudLines;
   int hudY = 0;
   int64_t startTime = 0; // of the shared clock, milliseconds
+  bool firstFrameLogged = false;
 };
