@@ -3,6 +3,7 @@
 //   roadcheck distance TRACKDIR N metres between the surface and the farther point of grid position N
 
 #include "foundation/qinfo.h"
+#include "foundation/qinfoiterator.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 
