@@ -14,7 +14,9 @@ constexpr const char* UNKNOWN_ID = "unknown_track";
 } // namespace
 
 RTrack::RTrack(const RTrackHost& newHost) : host(newHost)
-{}
+{
+  director.AddRail(&cameraList);
+}
 
 // What refers to others goes before them; the best laps write themselves when they were changed.
 RTrack::~RTrack()
@@ -22,8 +24,10 @@ RTrack::~RTrack()
   paceNotes.reset();
   special.reset();
   trackCams.Clear();
+  ListCameras(); // none
   wayPoints.Clear();
   audio.Clear();
+  surfaces.Clear();
   timeLines.Clear();
   triggerLines.Clear();
   bestLapsInfo.reset();
@@ -118,10 +122,20 @@ int RTrack::GetLastTimeLine() const
 
 bool RTrack::AddTrackCam(std::unique_ptr<RTrackCam> cam)
 {
-  if (trackCams.Add(std::move(cam)))
+  if (const auto* added = trackCams.Add(std::move(cam))) {
+    cameraList.AddCamera(&(*added)->camera);
     return true;
+  }
   QWARN("RTrack:AddTrackCam(); max (%d) exceeded", MAX_TRACKCAMS);
   return false;
+}
+
+void RTrack::ListCameras()
+{
+  cameraList = DRail();
+  for (const auto& cam : trackCams)
+    cameraList.AddCamera(&cam->camera);
+  director.SetRail(0, 0);
 }
 
 bool RTrack::AddWayPoint(std::unique_ptr<RWayPoint> wayPoint)

@@ -2,10 +2,13 @@
 
 #include "foundation/qtable.h"
 #include "runtime/rtrackbase.h"
+#include "track/dcamera_tcamera.h"
 #include "track/rbestlaps.h"
 #include "track/rcarpos.h"
+#include "track/rmarshalposts.h"
 #include "track/rpacenotes.h"
 #include "track/rsplinerep.h"
+#include "track/rsurfacetype.h"
 #include "track/rtimeline.h"
 #include "track/rtrackcam.h"
 #include "track/rtracklook.h"
@@ -42,6 +45,7 @@ public:
   static constexpr int MAX_TRACKCAMS = 200;
   static constexpr int MAX_WAYPOINTS = 400;
   static constexpr int MAX_AUDIO = 100;
+  static constexpr int MAX_SURFACES = 50;
   static constexpr int PITLINES = 4;
   enum Flag : uint32_t
   {
@@ -92,11 +96,15 @@ public:
 
   // What stands along the road.
   DTable<std::unique_ptr<RTrackCam>, MAX_TRACKCAMS> trackCams;
+  DRail cameraList; // of trackCams; ListCameras renews it after one of them went
+  DDirector_Track director;
   DTable<std::unique_ptr<RWayPoint>, MAX_WAYPOINTS> wayPoints;
   DTable<std::unique_ptr<RTrackAudio>, MAX_AUDIO> audio;
   RTrafficGrid trafficGrid;
   RSplineRep splines;
   float trackLength = 0; // metres, from the splines
+  DTable<std::unique_ptr<RSurfaceType>, MAX_SURFACES> surfaces;
+  RMarshalPosts marshalPosts; // read, and left alone by a save
   RBestLaps results;
   std::unique_ptr<RPaceNotes> paceNotes;
 
@@ -143,6 +151,7 @@ public:
   RWayPoint* GetWayPoint(int i) const { return wayPoints.At(i)->get(); }
   // False when there are too many (reported).
   bool AddTrackCam(std::unique_ptr<RTrackCam> cam);
+  void ListCameras(); // and the director takes the first
   bool AddWayPoint(std::unique_ptr<RWayPoint> wayPoint);
   bool AddTrackAudio(std::unique_ptr<RTrackAudio> source);
 
@@ -153,6 +162,8 @@ public:
   const QInfo* Special() const { return special.get(); }
 
 protected:
+  // The sections of "surfaces", or one of all defaults. False when one has an unknown type (reported).
+  bool LoadSurfaceTypes();
   // Puts the base's three files into the set. False (reported) when there is to be no save.
   bool AddToSave(RSaveSet& set) const;
   // A file that was there and couldn't be read: a save would put nothing in its place, so there will be none.

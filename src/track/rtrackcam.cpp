@@ -56,8 +56,7 @@ void RTrackCam::Load(const QInfo& info, std::string_view key)
   for (size_t i = 0; i < cubes.size(); ++i)
     cubes[i] = GetVector(info, base + ".cube." + CUBE_NAMES[i]);
   keyframes.Load(info, base + ".keyframes");
-  smProfile = info.GetInt(base + ".sm_profile", smProfile);
-  focus = info.GetInt(base + ".focus", focus);
+  camera.LoadSettings(info, key);
 }
 
 void RTrackCam::Save(QInfo& info, std::string_view key) const

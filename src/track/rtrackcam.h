@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/danimatedcamera.h"
+#include "track/dcamera_tcamera.h"
 #include "track/rsmd.h"
 
 #include <array>
@@ -28,6 +29,10 @@ public:
     CUBE_FAR,
     CUBE_COUNT
   };
+  RTrackCam() = default;
+  RTrackCam(const RTrackCam&) = delete;
+  RTrackCam& operator=(const RTrackCam&) = delete;
+
   uint32_t flags = ZOOM_ALONG;
   DVector3 pos{0.0f};
   DVector3 pos2{0.0f}; // with pos: the line along which the car is measured
@@ -43,8 +48,7 @@ public:
   DAnimatedCamera keyframes{MAX_KEYFRAMES};
   RSMD src; // smooths the camera's own position
   RSMD dst; // and what it looks at
-  int smProfile = 0;
-  int focus = 0;
+  DCamera_TCamera camera{*this};
   // While a car is followed.
   float along = 0; // -1 to 1
   float zoomNow = 0;

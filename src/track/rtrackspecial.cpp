@@ -1,5 +1,7 @@
 #include "foundation/qfilename.h"
+#include "foundation/qimage.h"
 #include "foundation/qinfo.h"
+#include "foundation/qinfoiterator.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
 #include "track/rfindfile.h"
@@ -209,6 +211,7 @@ void RTrack::LoadTrackCams()
     cam->Load(*special, Key("tcam.cam", i));
     AddTrackCam(std::move(cam));
   }
+  ListCameras();
 }
 
 void RTrack::LoadWayPoints()
@@ -261,12 +264,20 @@ void RTrack::LoadSky()
 void RTrack::LoadColorGrade()
 {
   constexpr const char* DEFAULT_NAME = "colorgrade_default.tga";
+  constexpr int WIDTH = 256, HEIGHT = 16;
   constexpr const char* DEFAULT_PATH = "data/images/colorgrade_default.tga";
   std::string leaf;
   special->GetString("gfx.colorgrade", leaf, DEFAULT_NAME);
   colorGrade = PathOf(leaf);
-  if (!RStaysInside(leaf) || !QFileExists(colorGrade))
+  if (!RStaysInside(leaf) || !QFileExists(colorGrade)) {
     colorGrade = DEFAULT_PATH;
+    return;
+  }
+  const QImage image(colorGrade);
+  if (image.GetWidth() != WIDTH || image.GetHeight() != HEIGHT) {
+    QWARN("Colorgrade texture (%s) must be 256x16 (16 maps of 16x16) - refusing map", colorGrade.c_str());
+    colorGrade = DEFAULT_PATH;
+  }
 }
 
 void RTrack::LoadWeather()
@@ -364,8 +375,35 @@ void RTrack::LoadRest()
 {
   const QInfo& info = *special;
   shadowIntensity = info.GetFloat("gfx.shadows.intensity_projected", 0.3f);
+  marshalPosts.Load(info, "marshal_posts");
   paceCarEndDistance =
       Setting("race.pace_car.laps", 1.0f) * trackLength - info.GetFloat("pacecar.turn_off_distance", 200.0f);
+}
+
+bool RTrack::LoadSurfaceTypes()
+{
+  const bool useRoadNoise = Setting("physics.tracks.use_road_noise", true);
+  bool good = true;
+  surfaces.Clear();
+  QInfoIterator sections(*special, "surfaces");
+  qstring section;
+  while (sections.GetNext(section, false)) {
+    if (!section.BeginsWith("surfaces.surf"))
+      continue;
+    auto surface = std::make_unique<RSurfaceType>();
+    surface->index = static_cast<uint8_t>(surfaces.Count());
+    if (surfaces.IsFull()) {
+      QWARN("RTrack:LoadSurfaceTypes(); max (%d) reached", MAX_SURFACES);
+      break;
+    }
+    good = surface->Load(*special, section.Str(), useRoadNoise) && good;
+    static_cast<void>(surfaces.Add(std::move(surface)));
+  }
+  if (surfaces.Count() == 0) {
+    QWARN("No surfaces defined in special.ini; creating stub");
+    static_cast<void>(surfaces.Add(std::make_unique<RSurfaceType>()));
+  }
+  return good;
 }
 
 void RSun::SetTime(std::string_view text)

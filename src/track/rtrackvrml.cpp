@@ -214,12 +214,6 @@ bool RTrackVRML::LoadModel(RTrackNode& node, const LodDistances& lod) const
   return true;
 }
 
-// Materials have no surfaces yet.
-bool RTrackVRML::LoadSurfaceTypes()
-{
-  return true;
-}
-
 bool RTrackVRML::CollisionOBB()
 {
   qlog(QLOG_FATAL, "RTrackVRML::CollisionOBB", "RTrackVRML:CollisionOBB() is OBSOLETE; use AABBTree");

@@ -40,6 +40,5 @@ private:
   // The node of an entry "objects.<name>", read but not loaded; null when it is to be skipped.
   std::unique_ptr<RTrackNode> ReadNode(const QInfo& info, const std::string& key, const std::string& entryName) const;
   bool LoadModel(RTrackNode& node, const LodDistances& lod) const;
-  bool LoadSurfaceTypes();
   void SaveNodes(QInfo& info) const;
 };

@@ -182,6 +182,88 @@ TEST(SpecialLoad, StaysDefinedWithNumbersThatAreNone)
   EXPECT_FALSE(track->GetTimeLine(0)->IsCrossed({0, 0, -1}, {0, 0, 1}));
 }
 
+TEST(SpecialLoad, ReadsSurfacesInTheOrderOfTheFile)
+{
+  SmallTrack small;
+  small.Write("special.ini", "surfaces\n{\n  water_track=1\n  surf3\n  {\n    type=KERB\n    grip_factor=0.8\n"
+                             "    skidmark=0\n    forbidden=1\n  }\n  surf0\n  {\n    type=road\n  }\n}\n");
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  ASSERT_EQ(2, track->surfaces.Count());
+  const RSurfaceType& kerb = **track->surfaces.At(0);
+  EXPECT_EQ("surf3", kerb.name);
+  EXPECT_STREQ("kerb", RSurfaceType::SurfaceTypeName(kerb.type));
+  EXPECT_EQ(RSurfaceType::NO_SKID_MARKS | RSurfaceType::FORBIDDEN, kerb.flags);
+  EXPECT_EQ(0.8f, kerb.gripFactor);
+  EXPECT_EQ(uint32_t(RTrack::WATER_TRACK), track->flags);
+
+  small.Write("special.ini", "");
+  ReportCapture reports;
+  EXPECT_EQ(1, small.Load()->surfaces.Count());
+  EXPECT_TRUE(reports.Contains("No surfaces defined in special.ini; creating stub"));
+  std::string many = "surfaces\n{\n";
+  for (int i = 0; i < 51; ++i)
+    many += "  surf" + std::to_string(i) + "\n  {\n    type=sand\n  }\n";
+  small.Write("special.ini", many + "}\n");
+  EXPECT_EQ(50, small.Load()->surfaces.Count());
+  EXPECT_TRUE(reports.Contains("RTrack:LoadSurfaceTypes(); max (50) reached"));
+  small.Write("special.ini", "surfaces\n{\n  surf0\n  {\n    type=Asphalt\n  }\n}\n");
+  EXPECT_FALSE(small.Load());
+  EXPECT_TRUE(reports.Contains("RTrack:LoadSurfaceTypes(); type 'Asphalt' not recognized"));
+}
+
+TEST(SpecialLoad, ReadsMarshalPosts)
+{
+  SmallTrack small;
+  small.Write("special.ini", "marshal_posts\n{\n  count=2147483647\n  post0\n  {\n    actors=9\n    actor0\n    {\n"
+                             "      type=4\n      state_green=flag_green\n    }\n    spline_from=2\n    spline_to=5\n"
+                             "    user_id=30\n  }\n  post1\n  {\n  }\n}\n");
+  ReportCapture reports;
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  ASSERT_GE(track->marshalPosts.posts.size(), 2u);
+  EXPECT_LE(track->marshalPosts.posts.size(), 3u);
+  const RMarshalPost& post = track->marshalPosts.posts[0];
+  ASSERT_EQ(6u, post.actors.size());
+  EXPECT_EQ("flag_green", post.actors[0].stateNames[2]);
+  EXPECT_EQ(0, post.actors[0].type);
+  EXPECT_TRUE(reports.Contains("marshal_posts.post0.actor0.type=4 but only 0..3 supported (flashing)"));
+  EXPECT_EQ(30, post.userID);
+  EXPECT_EQ(5, post.splineTo);
+  EXPECT_EQ(1, track->marshalPosts.posts[1].userID);
+}
+
+TEST(SpecialLoad, TakesAColourGradeOfTheRightSizeOnly)
+{
+  const struct
+  {
+    int width, height;
+    const char* path;
+  } cases[] = {{256, 16, "data/tracks/small/grade.tga"},
+               {16, 256, "data/images/colorgrade_default.tga"},
+               {0, 0, "data/images/colorgrade_default.tga"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.width);
+    SmallTrack small;
+    small.Write("special.ini", Section("gfx", "colorgrade=grade.tga"));
+    std::string picture(18, '\0'); // a plain true-colour picture of 24 bits
+    picture[2] = 2;
+    picture[12] = static_cast<char>(c.width & 255);
+    picture[13] = static_cast<char>(c.width >> 8);
+    picture[14] = static_cast<char>(c.height & 255);
+    picture[15] = static_cast<char>(c.height >> 8);
+    picture[16] = 24;
+    picture.append(static_cast<size_t>(c.width * c.height * 3), 'x');
+    if (c.width > 0)
+      small.Write("grade.tga", picture);
+    ReportCapture reports;
+    EXPECT_EQ(c.path, small.Load()->colorGrade);
+    EXPECT_EQ(c.width == 16,
+              reports.Contains("Colorgrade texture (data/tracks/small/grade.tga) must be 256x16 (16 maps "
+                               "of 16x16) - refusing map"));
+  }
+}
+
 TEST(TrackAudio, KeepsTheGivenPathAndNamesTheLeaf)
 {
   SmallTrack small;

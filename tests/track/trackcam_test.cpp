@@ -1,5 +1,4 @@
-#include "track/rtimeline.h"
-#include "track/rtrackcam.h"
+#include "track/rtrack.h"
 
 #include <gtest/gtest.h>
 
@@ -70,6 +69,35 @@ TEST(TrackCam, TakesUpAndLosesCars)
   cam.radius = 1;
   EXPECT_FALSE(cam.HasLost({10, 0, 0}));
   EXPECT_TRUE(cam.HasLost({10.1f, 0, 0}));
+}
+
+TEST(TrackDirector, StaysUntilTheCarIsLost)
+{
+  RTrack track;
+  for (float x : {0.0f, 1000.0f, 2000.0f}) {
+    auto cam = std::make_unique<RTrackCam>();
+    Place(*cam, RTrackCam::ZOOM_FIXED);
+    cam->pos.x = x;
+    ASSERT_TRUE(track.AddTrackCam(std::move(cam)));
+  }
+  track.ListCameras();
+  EXPECT_EQ(&track.GetTrackCam(0)->camera, track.director.GetCurrentCamera());
+  const struct
+  {
+    float x;
+    int camera;
+  } drive[] = {{0, 0}, {130, 0}, {500, 0}, {950, 1}, {1130, 1}, {2050, 2}, {10, 0}};
+  for (const auto& d : drive) {
+    for (const auto& cam : track.trackCams)
+      cam->camera.SetCar({d.x, 0, 5}, {30, 0, 0});
+    track.director.Step(0.02f);
+    EXPECT_EQ(d.camera, track.director.GetCurrentIndex()) << d.x;
+  }
+  DCamera& view = *track.director.GetCurrentCamera();
+  view.Update();
+  EXPECT_EQ(60, view.GetFOV());
+  EXPECT_EQ(DVector3(0.0f), view.GetFrom());
+  EXPECT_EQ(DVector3(10, 0, 5), view.GetTo());
 }
 
 TEST(SpringMassDamper, FollowsAtOnceWithoutSpringOrRoom)

@@ -81,8 +81,8 @@ int RunInfo(const ToolArgs& args)
   json.Add("audioSources", track->audio.Count());
   json.Add("splineLines", track->splines.LineCount());
   json.Add("trafficWayPoints", track->trafficGrid.wayPoints.Count());
-  json.Add("marshalPosts", 0);
-  json.Add("surfaces", 0);
+  json.Add("marshalPosts", static_cast<unsigned long>(track->marshalPosts.posts.size()));
+  json.Add("surfaces", track->surfaces.Count());
   json.Print();
   return TOOL_DONE;
 }
@@ -227,6 +227,32 @@ ToolJson Json(const RTrackNode& node)
   return json;
 }
 
+ToolJson Json(const RMarshalPost& post)
+{
+  ToolJson actors = ToolJson::Array();
+  for (const RMarshalPostActor& a : post.actors) {
+    ToolJson names = ToolJson::Array();
+    for (const std::string& stateName : a.stateNames)
+      names.Add(stateName);
+    ToolJson actor = ToolJson::Object();
+    actor.Add("type", a.type).Add("stateNames", std::move(names));
+    actors.Add(std::move(actor));
+  }
+  ToolJson json = ToolJson::Object();
+  json.Add("splineFrom", post.splineFrom).Add("splineTo", post.splineTo).Add("userID", post.userID);
+  json.Add("actors", std::move(actors));
+  return json;
+}
+
+ToolJson Json(const RSurfaceType& surface)
+{
+  ToolJson json = ToolJson::Object();
+  json.Add("name", surface.name).Add("type", int(surface.type)).Add("subtype", int(surface.subtype));
+  json.Add("flags", int(surface.flags)).Add("gripFactor", surface.gripFactor);
+  json.Add("rollingResistanceFactor", surface.rollingResistanceFactor);
+  return json;
+}
+
 // For tables of records, and of pointers to them.
 template <typename Table>
 ToolJson Records(const Table& table)
@@ -259,9 +285,9 @@ int RunDump(const ToolArgs& args)
   json.Add("trackCams", Records(track->trackCams)).Add("wayPoints", Records(track->wayPoints));
   json.Add("audio", Records(track->audio)).Add("splines", Json(track->splines));
   json.Add("traffic", Records(track->trafficGrid.wayPoints));
-  json.Add("marshalPosts", ToolJson::Array());
+  json.Add("marshalPosts", Records(track->marshalPosts.posts));
   json.Add("nodes", Records(track->nodes));
-  json.Add("surfaces", ToolJson::Array());
+  json.Add("surfaces", Records(track->surfaces));
   json.Print();
   return TOOL_DONE;
 }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "geometry/dvector.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+class QInfo;
+
+// How a material of the scenery behaves under a tyre: a section of "surfaces" in special.ini.
+struct RSurfaceType
+{
+  enum Flag : uint8_t
+  {
+    NO_SKID_SOUND = 1,
+    NO_SKID_MARKS = 2,
+    FORBIDDEN = 8
+  };
+  uint8_t type = 0; // index of SurfaceTypeName
+  uint8_t subtype = 0;
+  uint8_t flags = 0;
+  uint8_t index = 0; // in the track's table
+  float gripFactor = 1;
+  float rollingResistanceFactor = 1;
+  float gripDeclineDriveline = 0;
+  float viscosity = 0;
+  float roadNoise = 0; // metres
+  float steerNoise = 0;
+  DVector3 dustColor{1.0f};
+  std::string name;
+
+  // key: of the section, "surfaces.surf0". False when the type has no such name (reported); the rest is read.
+  bool Load(const QInfo& info, const std::string& key, bool useRoadNoise);
+  // "unknownsurf" out of range (reported).
+  static const char* SurfaceTypeName(int type);
+};
