@@ -73,6 +73,9 @@ void DTexture::ApplyState() const
   glTexParameterf(target, GL_TEXTURE_LOD_BIAS, lodBias);
   glTexParameteri(target, GL_TEXTURE_BASE_LEVEL, baseLevel);
   glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, maxLevel);
+  const int samples = DGlobals().maxAnisotropy;
+  if (samples > 1 && (flags & MIPMAP) && epoxy_has_gl_extension("GL_EXT_texture_filter_anisotropic"))
+    glTexParameterf(target, GL_TEXTURE_MAX_ANISOTROPY_EXT, static_cast<float>(samples));
 }
 
 void DTexture::SetWrap(uint32_t s, uint32_t t, uint32_t r, uint32_t q)

@@ -108,6 +108,8 @@ int main(int argc, char** argv)
   scene.GetRenderer()->CreateStats();
   if (const char* flags = std::getenv("VIEW_FLAGS"))
     scene.GetRenderer()->SetFlags(static_cast<uint32_t>(std::strtoul(flags, nullptr, 0)));
+  if (const char* samples = std::getenv("VIEW_ANISOTROPY"))
+    DGlobals().maxAnisotropy = std::atoi(samples);
   DGlobals().mapPath.Add(dir);
   scene.GetWorld()->LoadShaders(dir + "/track.shd");
   std::vector<std::unique_ptr<WorldGeodeNode>> nodes;
