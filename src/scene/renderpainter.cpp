@@ -36,10 +36,11 @@ const DShaderLayer& PlainLayer()
   return layer;
 }
 
-bool IsLit(const DGeob& geob, const DShader* shader)
+// Colours of vertices have their light in them; where flags colour the light, it is put in their place.
+bool IsLit(const DGeob& geob, const DShader* shader, uint32_t flags)
 {
-  return !IsSky(shader, geob) && geob.vertexColor.size() < geob.vertex.size() &&
-         geob.normal.size() >= geob.vertex.size();
+  const bool colored = geob.vertexColor.size() >= geob.vertex.size() && !(flags & WorldRenderer::COLOR_BY_FLAGS);
+  return !IsSky(shader, geob) && !colored && geob.normal.size() >= geob.vertex.size();
 }
 
 template <typename Array>
@@ -211,7 +212,7 @@ void RenderPainter::SetupGeob(DGeob& geob, bool lit)
   if (flags & WorldRenderer::USE_VBO)
     geob.EnableVBO();
   pipe->Set(GL_LIGHTING, lit);
-  const bool colored = geob.vertexColor.size() >= geob.vertex.size();
+  const bool colored = !lit && geob.vertexColor.size() >= geob.vertex.size();
   const bool mapped = geob.texCoord[0].size() >= geob.vertex.size();
   pipe->EnableArray(DPipe::VERTEX_ARRAY);
   lit ? pipe->EnableArray(DPipe::NORMAL_ARRAY) : pipe->DisableArray(DPipe::NORMAL_ARRAY);
@@ -270,7 +271,7 @@ void RenderPainter::PaintRun(std::span<const RenderBlock> run)
       const DShaderLayer& layer = drawable ? head.shader->layer[static_cast<size_t>(i)] : PlainLayer();
       SetupLayer(layer, i == 0, IsSky(head.shader, *head.geob));
       for (const RenderBlock& block : run) {
-        SetupGeob(*block.geob, IsLit(*block.geob, block.shader));
+        SetupGeob(*block.geob, IsLit(*block.geob, block.shader, flags));
         Draw(block);
       }
     }
