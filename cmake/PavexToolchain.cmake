@@ -28,6 +28,11 @@ if(PAVEX_SANITIZE)
   add_link_options(-fsanitize=address,undefined -rdynamic)
 endif()
 
+if(PAVEX_FUZZ)
+  # Without it libFuzzer doesn't see which code an input reaches.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # A folder of the house: one static library, its sources by name, what it stands on.
 # pavex_library(NAME SOURCES... LINKS libraries...)
 function(pavex_library name)

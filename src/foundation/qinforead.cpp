@@ -18,7 +18,7 @@ enum ByteClass : uint8_t
 constexpr std::array<uint8_t, 256> ByteClasses()
 {
   std::array<uint8_t, 256> classes{};
-  for (unsigned char c : {'\r', '\n', ' ', '\xA0'})
+  for (size_t c : {0x0DU, 0x0AU, 0x20U, 0xA0U}) // line ends, blank, hard blank
     classes[c] = SEPARATOR | ENDS_WORD;
   classes['\t'] = SEPARATOR; // a tab stands between words, and can stand inside one
   classes['='] = classes['~'] = ENDS_WORD;
