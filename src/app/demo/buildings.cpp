@@ -110,6 +110,7 @@ void DemoAddStand(DemoScenery& scenery, const DemoCourse& course)
   // Opposite the pits: a slope of seats in stretches, with a roof on posts behind the spectators.
   const int side = course.pits.Exist() ? 1 - course.pits.side : DEMO_LEFT;
   constexpr double STRETCH = 38, DEPTH = 17, RISE = 9, FOOT = 1.6, ROOF = 15;
+  const DemoNearest nearest(course.sections);
   int number = 0;
   for (double d = DEMO_STAND_FROM; d + STRETCH <= DEMO_STAND_TO + 1; d += STRETCH) {
     const DemoStation from(course, d), to(course, d + STRETCH - 2);
@@ -117,6 +118,10 @@ void DemoAddStand(DemoScenery& scenery, const DemoCourse& course)
     if (beside.reach < 12 || std::abs(from.Section().curvature) > 1.0 / 150)
       continue; // no room here
     const double near = beside.barrier + 4, far = near + DEPTH;
+    const DVector3 behind = from.Beside(side, far, 0);
+    if (const int other = nearest.Find({behind.x, behind.z}, 34);
+        other >= 0 && course.Apart(other, course.IndexAt(d)) > 12)
+      continue; // another stretch runs there
     const bool onRight = side == DEMO_RIGHT;
     const DemoStation &left = onRight ? to : from, &right = onRight ? from : to;
     const auto L = [&](double offset, double y) { return left.Beside(side, offset, y); };

@@ -147,7 +147,7 @@ void AddPosts(DemoScenery& scenery, const DemoCourse& course, const DemoTerrain&
     // Against the traffic, so that a driver sees it from afar.
     const DVector3 face = Flat(glm::cross(at.Along(), up));
     for (const auto& f : flags) {
-      DemoNode& flag = scenery.AddNode(name + f.state, 0);
+      DemoNode& flag = scenery.AddNode(name + f.state, DEMO_INVISIBLE);
       flag.distances = {900};
       DemoAddSign(flag.Finest().Mesh("signs"), f.sign, foot + up * 3.9f + toRoad * 1.4f, face, 1.4, 1.0);
       flag.Finest().Mesh("plain").Box(foot + up * 1.6f + toRoad * 1.4f + at.Along() * 0.06f, right, 0.06, 0.06, 2.9, 1,
@@ -198,7 +198,7 @@ void DemoAddSky(DemoScenery& scenery, const DemoCourse& course)
   DemoNode& node = scenery.AddNode("sky", DEMO_SKY);
   DemoMesh& mesh = node.Finest().Mesh("sky");
   for (int ring = 0; ring <= rings; ++ring) {
-    const double angle = DemoMix(-0.06, DEMO_PI / 2, std::pow(static_cast<double>(ring) / rings, 1.4));
+    const double angle = DemoMix(-0.3, DEMO_PI / 2, std::pow(static_cast<double>(ring) / rings, 1.4));
     for (int k = 0; k <= around; ++k) {
       const double turn = 2 * DEMO_PI * k / around;
       const DemoPlan p = course.land.Middle() + DemoPlan(std::cos(turn), std::sin(turn)) * (radius * std::cos(angle));

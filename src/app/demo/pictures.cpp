@@ -178,7 +178,7 @@ std::unique_ptr<QBitMap> DemoPaintGarages()
     return c;
   });
   DemoPaintText(*picture, 0.10, 0.525, 0.40, 0.595, "TORVIK", {0.96, 0.95, 0.92, 1});
-  DemoPaintText(*picture, 0.58, 0.525, 0.92, 0.595, "LAKESIDE", {0.96, 0.95, 0.92, 1});
+  DemoPaintText(*picture, 0.60, 0.525, 0.90, 0.595, "PADDOCK", {0.96, 0.95, 0.92, 1});
   return picture;
 }
 

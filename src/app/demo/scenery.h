@@ -53,6 +53,7 @@ enum DemoNodeFlag
   DEMO_SKY = 1,
   DEMO_COLLIDE = 2,
   DEMO_SURFACE = 4,
+  DEMO_INVISIBLE = 16, // until the simulator shows it
 };
 
 struct DemoNode

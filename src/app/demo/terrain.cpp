@@ -133,8 +133,10 @@ void DemoTerrain::Triangulate()
     for (int i = 0; i < course.Count(); ++i) {
       const DVector3& end = strip.Outer(i, side);
       const DemoPlan p(end.x, end.z);
-      if (strip.Covers(p, i))
-        continue; // another stretch crosses here
+      if (strip.Covers(p, i)) {
+        crossed.push_back(i);
+        continue;
+      }
       ends[U(i)][U(side)] = net.Add(p);
       note(ends[U(i)][U(side)], end, i, side);
     }
@@ -189,11 +191,56 @@ DVector3 DemoTerrain::Tint(const DVector3& v, const DVector3& normal) const
   tint = glm::mix(tint, DVector3(0.80f, 0.82f, 0.72f) * tint, wood);
   const auto steep = static_cast<float>(DemoSmooth(0.90, 0.78, normal.y));
   tint = glm::mix(tint, DVector3(1.15f, 0.95f, 0.80f), steep * 0.7f);
-  if (course.lake.radius > 0) {
-    const auto sand = static_cast<float>(DemoSmooth(1.6, 0.5, v.y - course.lake.level) * (InLake(p, 16) ? 1 : 0));
-    tint = glm::mix(tint, DVector3(1.7f, 1.25f, 1.3f), sand);
-  }
   return tint;
+}
+
+bool DemoTerrain::IsBeach(size_t triangle) const
+{
+  const auto& t = triangles[triangle];
+  const DVector3 c = (vertices[U(t[0])] + vertices[U(t[1])] + vertices[U(t[2])]) / 3.0f;
+  return InLake({c.x, c.z}, 6);
+}
+
+// Of the triangles those that are the lake's shore and bed, or the others.
+void DemoTerrain::EmitCell(DemoModel& model, const std::vector<size_t>& members, bool beach) const
+{
+  std::map<int, int> own; // the mesh's number of a vertex
+  for (const size_t i : members) {
+    if (IsBeach(i) != beach)
+      continue;
+    DemoMesh& mesh = model.Mesh(beach ? "gravel" : "grass");
+    std::array<int, 3> corner{};
+    for (size_t k = 0; k < 3; ++k) {
+      const int v = triangles[i][k];
+      const auto [entry, isNew] = own.try_emplace(v, static_cast<int>(mesh.vertices.size()));
+      if (isNew) {
+        const DVector3 &at = vertices[U(v)], &n = normals[U(v)];
+        mesh.Add({at, n, {at.x / 9, at.z / 9}, DemoLight(n) * Tint(at, n)});
+      }
+      corner[k] = entry->second;
+    }
+    mesh.Triangle(corner[0], corner[1], corner[2]);
+  }
+}
+
+// Where stretches cross, the land stops short of their corners: ground a little below both roads closes the gaps.
+void DemoTerrain::EmitCrossings(DemoScenery& scenery) const
+{
+  if (crossed.empty())
+    return;
+  DemoMesh& mesh = scenery.AddNode("crossing", DEMO_COLLIDE).Finest().Mesh("grass");
+  for (const int i : crossed) {
+    const auto corner = [&](int section, int side) {
+      const DemoSection& s = course.At(section);
+      const double lateral = s.Sign(side) * (s.half[U(side)] + 9);
+      const DVector3 at = DemoAt(s.Lateral(lateral), s.HeightAt(lateral) - 0.6);
+      const DVector3 up(0, 1, 0);
+      return mesh.Add({at, up, {at.x / 9, at.z / 9}, DemoLight(up) * DemoGroundTint({at.x, at.z})});
+    };
+    for (const int from : {i - 1, i})
+      mesh.Quad(corner(from, DEMO_LEFT), corner(from, DEMO_RIGHT), corner(from + 1, DEMO_RIGHT),
+                corner(from + 1, DEMO_LEFT));
+  }
 }
 
 void DemoTerrain::Emit(DemoScenery& scenery) const
@@ -212,23 +259,10 @@ void DemoTerrain::Emit(DemoScenery& scenery) const
     const bool far = key[0] != 0;
     DemoNode& node =
         scenery.AddNode(DemoNumbered(far ? "far" : "land", counts[key[0]]++), far ? 0 : DEMO_COLLIDE | DEMO_SURFACE);
-    DemoMesh& mesh = node.Finest().Mesh("grass");
-    std::map<int, int> own;
-    for (const size_t i : members) {
-      std::array<int, 3> corner{};
-      for (size_t k = 0; k < 3; ++k) {
-        const int v = triangles[i][k];
-        const auto [entry, isNew] = own.try_emplace(v, static_cast<int>(mesh.vertices.size()));
-        if (isNew) {
-          const DVector3& at = vertices[U(v)];
-          const DVector3& n = normals[U(v)];
-          mesh.Add({at, n, {at.x / 9, at.z / 9}, glm::min(DemoLight(n) * Tint(at, n), DVector3(1.0f))});
-        }
-        corner[k] = entry->second;
-      }
-      mesh.Triangle(corner[0], corner[1], corner[2]);
-    }
+    for (const bool beach : {false, true})
+      EmitCell(node.Finest(), members, beach);
   }
+  EmitCrossings(scenery);
   if (course.lake.radius <= 0)
     return;
   int number = 0;

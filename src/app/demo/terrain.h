@@ -30,6 +30,9 @@ private:
   void ScatterPoints(const DemoPlan& middle, double half, std::vector<DemoPlan>& out) const;
   void Triangulate();
   void FindNormals(DemoStrip& outer);
+  void EmitCrossings(DemoScenery& scenery) const;
+  bool IsBeach(size_t triangle) const;
+  void EmitCell(DemoModel& model, const std::vector<size_t>& members, bool beach) const;
   DVector3 Tint(const DVector3& v, const DVector3& normal) const;
 
   const DemoCourse& course;
@@ -39,4 +42,5 @@ private:
   std::vector<DVector3> vertices, normals;
   std::vector<std::pair<int, int>> outerEnd; // section and side of a vertex that is one; section -1 for the others
   std::vector<std::array<int, 3>> triangles;
+  std::vector<int> crossed; // sections with an outer end on another stretch
 };

@@ -152,7 +152,8 @@ std::string DemoTrafficIni(const DemoCourse& course)
 std::string DemoGeometryIni(const DemoScenery& scenery)
 {
   DemoIni ini;
-  ini.Comment("The scenery: 1 sky, 2 collide, 4 surface. Models with a lod<N>_z have coarser levels beside them.");
+  ini.Comment("The scenery: 1 sky, 2 collide, 4 surface, 16 not seen at first. Models with a lod<N>_z have coarser "
+              "levels beside them.");
   ini.Open("objects");
   for (const DemoNode& node : scenery.nodes) {
     ini.Open(node.name).Key("file", node.name + ".dof").Key("flags", node.flags);
