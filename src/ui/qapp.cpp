@@ -133,7 +133,8 @@ bool QApp::HandleScreenshotKey()
 {
   if (event.type != QEvent::KEYPRESS || QKeyOf(event.n) != QKEY_F11)
     return false;
-  const bool whole = (event.n & (QMOD_CTRL | QMOD_ALT)) == (QMOD_CTRL | QMOD_ALT);
+  // With alt as well, as it should be, the X server takes the key for itself: control alone will do.
+  const bool whole = event.n & QMOD_CTRL;
   QSaveScreenshot(whole ? static_cast<QWindow*>(shell.get()) : bc.get(), whole);
   return true;
 }

@@ -55,10 +55,8 @@ void Restore()
   glPopAttrib();
 }
 
-void DrawQuads(const std::vector<QGLBatch::Vertex>& vertices)
+void SetupArrays(const QGLBatch::Vertex& first)
 {
-  GLint buffer = 0;
-  glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &buffer);
   glBindBuffer(GL_ARRAY_BUFFER, 0);
   glDisableClientState(GL_NORMAL_ARRAY);
   GLint units = 1;
@@ -68,15 +66,12 @@ void DrawQuads(const std::vector<QGLBatch::Vertex>& vertices)
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
   }
   constexpr GLsizei STRIDE = sizeof(QGLBatch::Vertex);
-  const QGLBatch::Vertex& first = vertices.front();
   glEnableClientState(GL_VERTEX_ARRAY);
   glEnableClientState(GL_TEXTURE_COORD_ARRAY);
   glEnableClientState(GL_COLOR_ARRAY);
   glVertexPointer(2, GL_FLOAT, STRIDE, &first.x);
   glTexCoordPointer(2, GL_FLOAT, STRIDE, &first.u);
   glColorPointer(4, GL_UNSIGNED_BYTE, STRIDE, &first.rgba);
-  glDrawArrays(GL_QUADS, 0, static_cast<GLsizei>(vertices.size()));
-  glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(buffer));
 }
 
 } // namespace
@@ -87,12 +82,28 @@ void QGLBatch::End()
     Flush();
 }
 
-void QGLBatch::Quad(uint32_t wanted, const std::array<Vertex, 4>& corners)
+void QGLBatch::Quad(uint32_t texture, const std::array<Vertex, 4>& corners)
 {
-  if (wanted != texture)
-    Flush();
-  texture = wanted;
   vertices.insert(vertices.end(), corners.begin(), corners.end());
+  if (pieces.empty() || pieces.back().texture != texture)
+    pieces.push_back({texture, 0});
+  pieces.back().end = vertices.size();
+}
+
+void QGLBatch::Draw()
+{
+  size_t begin = 0;
+  for (const Piece& piece : pieces) {
+    if (piece.texture != 0) {
+      glEnable(GL_TEXTURE_2D);
+      glBindTexture(GL_TEXTURE_2D, piece.texture);
+    } else {
+      glDisable(GL_TEXTURE_2D);
+    }
+    glDrawArrays(GL_QUADS, static_cast<GLint>(begin), static_cast<GLsizei>(piece.end - begin));
+    begin = piece.end;
+    ++calls;
+  }
 }
 
 void QGLBatch::Flush()
@@ -100,19 +111,18 @@ void QGLBatch::Flush()
   if (vertices.empty())
     return;
   if (DGlobals().hasContext) {
-    Setup2D();
-    GLint program = 0;
+    GLint program = 0, buffer = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &buffer);
+    Setup2D();
     glUseProgram(0);
-    if (texture != 0) {
-      glEnable(GL_TEXTURE_2D);
-      glBindTexture(GL_TEXTURE_2D, texture);
-      glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-    }
-    DrawQuads(vertices);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    SetupArrays(vertices.front());
+    Draw();
     glUseProgram(static_cast<GLuint>(program));
+    glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(buffer));
     Restore();
-    ++calls;
   }
   vertices.clear();
+  pieces.clear();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -24,8 +25,15 @@ public:
   int Calls() const { return calls; }
 
 private:
+  // Quads in a row with the same texture.
+  struct Piece
+  {
+    uint32_t texture;
+    size_t end; // of its vertices
+  };
+  void Draw();
   std::vector<Vertex> vertices;
-  uint32_t texture = 0;
+  std::vector<Piece> pieces;
   int depth = 0;
   int calls = 0;
 };

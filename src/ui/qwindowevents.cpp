@@ -53,6 +53,8 @@ void QWindowManager::Convert(const QEvent& raw)
       MakeRelative(event, *event.win);
   } else {
     event.win = app->GetShell();
+    if (event.type == QEvent::EXPOSE)
+      RequestPaint();
   }
   QEventPush(event);
 }

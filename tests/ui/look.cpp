@@ -1,4 +1,5 @@
-// Shows all controls and dialogs, to be looked at: ui_look [dialog], with message, string, lines or progress.
+// Shows all controls and dialogs, to be looked at: ui_look [WHAT] [FONT]. WHAT is message, question, string, lines,
+// progress or saving for that dialog, or time for how long painting takes; FONT is the base path of a texture font.
 
 #include "platform/qsdldisplay.h"
 #include "ui/qapp.h"
@@ -13,6 +14,9 @@
 #include "ui/qradio.h"
 #include "ui/qtitlebar.h"
 
+#include <chrono>
+#include <cstdio>
+#include <epoxy/gl.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -116,6 +120,21 @@ void ShowDialog(std::string_view which)
   }
 }
 
+// The interface's own work, without waiting for the pixels.
+void TimePainting()
+{
+  constexpr int FRAMES = 200;
+  double ms = 0;
+  for (int i = 0; i < FRAMES; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    app->GetWindowManager()->PaintAll();
+    ms += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    glFinish();
+  }
+  std::printf("%zu windows: %.3f ms a frame\n", app->GetWindowManager()->Windows().size(), ms / FRAMES);
+  std::fflush(stdout);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -125,12 +144,18 @@ int main(int argc, char** argv)
   application.createFlags |= QApp::NO_BC | QApp::FRAME;
   if (!application.Create())
     return 1;
+  QFont font(argc > 2 ? argv[2] : "", 10, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
+  if (argc > 2 && font.Create())
+    app->SetSystemFont(&font);
   Windows windows;
   windows.push_back(std::make_unique<QTitleBar>(app->GetShell(), "Torvik Pavex v7.8.1 - 64 bits - lakeside"));
   AddEditorPanels(windows);
   AddSamples(windows);
   app->GetWindowManager()->SetKeyboardFocus(windows[1].get());
-  if (argc > 1)
+  app->RunPoll();
+  if (argc > 1 && std::string_view(argv[1]) == "time")
+    TimePainting();
+  else if (argc > 1)
     ShowDialog(argv[1]);
   app->SetExitProc([&](int) { windows.clear(); });
   app->Run();
