@@ -2,8 +2,6 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
-#include "geometry/dtexfont.h"
-#include "geometry/dtexture.h"
 #include "ui/qapp.h"
 #include "ui/qfont.h"
 #include "ui/qglbatch.h"
@@ -215,38 +213,41 @@ void QCanvas::Text(std::string_view text, int x, int y, int len)
   if (!Ready() || !font->IsCreated())
     return;
   const Run run;
-  font->TexFont() ? TexFontText(text, x, y) : OutlineText(text, x, y);
+  font->IsTexFont() ? TexFontText(text, x, y) : OutlineText(text, x, y);
 }
 
-// Scaled quads can't be cut at whole texels, so a character is drawn whole or not at all.
+void QCanvas::Glyph(const QGlyph& glyph, int x, int y, float wid, float hgt, const QRect& limit)
+{
+  const float left = std::max(static_cast<float>(x), static_cast<float>(limit.x));
+  const float top = std::max(static_cast<float>(y), static_cast<float>(limit.y));
+  const float right = std::min(static_cast<float>(x) + wid, static_cast<float>(limit.x + limit.wid));
+  const float bottom = std::min(static_cast<float>(y) + hgt, static_cast<float>(limit.y + limit.hgt));
+  if (right <= left || bottom <= top)
+    return;
+  constexpr float TEXEL = 1.0f / QGlyphAtlas::SIZE;
+  const float perX = static_cast<float>(glyph.wid) / wid, perY = static_cast<float>(glyph.hgt) / hgt;
+  const auto u = [&](float at) { return (static_cast<float>(glyph.x) + (at - static_cast<float>(x)) * perX) * TEXEL; };
+  const auto v = [&](float at) { return (static_cast<float>(glyph.y) + (at - static_cast<float>(y)) * perY) * TEXEL; };
+  const uint32_t rgba = Packed(color, blending);
+  app->GetBatch().Quad(app->GetGlyphAtlas().Texture(), {{{left, top, u(left), v(top), rgba},
+                                                         {right, top, u(right), v(top), rgba},
+                                                         {right, bottom, u(right), v(bottom), rgba},
+                                                         {left, bottom, u(left), v(bottom), rgba}}});
+}
+
 void QCanvas::TexFontText(std::string_view text, int x, int y)
 {
-  DTexFont& texFont = *font->TexFont();
-  DTexture* texture = texFont.Texture().get();
-  if (!texture)
-    return;
-  if (texture->glTexture == 0)
-    texture->CreateTexture();
-  texFont.xScale = font->GetScaleX();
-  const DTexFont::Quads quads = texFont.Layout(font->TexFontText(text));
   const QRect root = window.RootRect();
   const QRect limit = ClipOnRoot();
-  const DVector2 origin(root.x + x, root.y + y);
-  const uint32_t rgba = Packed(color, blending);
-  for (size_t i = 0; i + 4 <= quads.position.size(); i += 4) {
-    std::array<QGLBatch::Vertex, 4> corners;
+  auto pen = static_cast<float>(root.x + x);
+  QFont::TexChar c;
+  for (size_t at = 0; at < text.size();) {
+    if (!font->FindTexChar(QNextChar(text, at), c))
+      continue;
     // The left edge on a whole pixel: a texel is then a pixel, and letters are sharp.
-    const float left = quads.position[i].x;
-    const float shift = std::round(left) - left;
-    for (size_t k = 0; k < 4; ++k) {
-      const DVector2& p = quads.position[i + k];
-      const DVector2& t = quads.texCoord[i + k];
-      corners[k] = {origin.x + p.x + shift, origin.y - p.y * font->GetScaleY(), t.x, t.y, rgba};
-    }
-    const bool inside =
-        corners[3].x >= static_cast<float>(limit.x) && corners[1].x <= static_cast<float>(limit.x + limit.wid);
-    if (inside)
-      app->GetBatch().Quad(texture->glTexture, corners);
+    Glyph(*c.glyph, static_cast<int>(std::lround(pen + c.bearing)), root.y + y, c.wid,
+          static_cast<float>(c.glyph->hgt) * font->GetScaleY(), limit);
+    pen += c.advance;
   }
 }
 
@@ -257,24 +258,11 @@ void QCanvas::OutlineText(std::string_view text, int x, int y)
   const QRect limit = ClipOnRoot();
   auto pen = static_cast<float>(root.x + x);
   const int base = root.y + y + face.Ascent();
-  const uint32_t rgba = Packed(color, blending);
   for (size_t at = 0; at < text.size();) {
     const QGlyph& glyph = *face.Glyph(QNextChar(text, at));
-    const QRect whole{static_cast<int>(pen) + glyph.left, base - glyph.top, glyph.wid, glyph.hgt};
+    Glyph(glyph, static_cast<int>(pen) + glyph.left, base - glyph.top, static_cast<float>(glyph.wid),
+          static_cast<float>(glyph.hgt), limit);
     pen += glyph.advance;
-    const QRect r = Intersection(whole, limit);
-    if (r.wid <= 0 || r.hgt <= 0)
-      continue;
-    constexpr float TEXEL = 1.0f / QGlyphAtlas::SIZE;
-    const auto left = static_cast<float>(r.x), top = static_cast<float>(r.y);
-    const auto wid = static_cast<float>(r.wid), hgt = static_cast<float>(r.hgt);
-    const float u = static_cast<float>(glyph.x + r.x - whole.x) * TEXEL;
-    const float v = static_cast<float>(glyph.y + r.y - whole.y) * TEXEL;
-    const float u1 = u + wid * TEXEL, v1 = v + hgt * TEXEL;
-    app->GetBatch().Quad(app->GetGlyphAtlas().Texture(), {{{left, top, u, v, rgba},
-                                                           {left + wid, top, u1, v, rgba},
-                                                           {left + wid, top + hgt, u1, v1, rgba},
-                                                           {left, top + hgt, u, v1, rgba}}});
   }
 }
 

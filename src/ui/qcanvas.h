@@ -10,6 +10,7 @@
 
 class QBitMap;
 class QFont;
+struct QGlyph;
 class QWindow;
 
 // The colours of the interface.
@@ -92,6 +93,8 @@ private:
 
   void OutlineText(std::string_view text, int x, int y);
   void TexFontText(std::string_view text, int x, int y);
+  // Stretched into a place on the top-level window that starts at whole pixels.
+  void Glyph(const QGlyph& glyph, int x, int y, float wid, float hgt, const QRect& limit);
   bool Ready();
   void Quad(QRect r, const std::array<QColor, 4>& corners);
   QRect ClipOnRoot() const;

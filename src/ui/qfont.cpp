@@ -1,7 +1,9 @@
 #include "ui/qfont.h"
 
+#include "foundation/qimage.h"
 #include "foundation/qreport.h"
 #include "geometry/dtexfont.h"
+#include "ui/qapp.h"
 #include "ui/qglyphs.h"
 #include "ui/qtext.h"
 
@@ -40,11 +42,31 @@ bool QFont::CreateTexFont()
   if (texFont)
     QERR("QFont:Create(); texFont (%s) was already created", family.c_str());
   texFont = std::make_shared<DTexFont>();
-  if (texFont->Load(family))
+  if (app && texFont->Load(family)) {
+    CopyTexGlyphs();
     return true;
+  }
   QWARN("Couldn't load texture of tex font '%s'", family.c_str());
   texFont.reset();
   return false;
+}
+
+// Into the atlas, so that texts of several fonts are drawn together.
+void QFont::CopyTexGlyphs()
+{
+  texGlyphs = std::make_shared<std::map<int, QGlyph>>();
+  const QImage picture(family + ".tga");
+  QGlyphAtlas& atlas = app->GetGlyphAtlas();
+  for (const DTexFont::Char& c : texFont->Chars()) {
+    const bool inside = picture.GetBuffer() && picture.GetDepth() == 32 && c.x >= 0 && c.y >= 0 && c.wid > 0 &&
+                        c.hgt > 0 && c.wid <= picture.GetWidth() - c.x && c.hgt <= picture.GetHeight() - c.y;
+    QGlyph& glyph = (*texGlyphs)[c.code];
+    if (!inside || !atlas.Place(c.wid, c.hgt, glyph))
+      continue;
+    for (int y = 0; y < c.hgt; ++y)
+      for (int x = 0; x < c.wid; ++x)
+        atlas.SetPixel(glyph, x, y, picture.GetPixelAddress(c.x + x, picture.GetHeight() - 1 - c.y - y));
+  }
 }
 
 void QFont::Destroy()
@@ -52,23 +74,24 @@ void QFont::Destroy()
   smaller.reset();
   face.reset();
   texFont.reset();
+  texGlyphs.reset();
 }
 
-std::string QFont::TexFontText(std::string_view text) const
+bool QFont::FindTexChar(char32_t c, TexChar& found) const
 {
-  std::string codes;
-  for (size_t at = 0; at < text.size();) {
-    const char32_t c = QNextChar(text, at);
-    const auto& ranges = texFont->Ranges();
-    const bool known = c < 256 && std::any_of(ranges.begin(), ranges.end(), [c](const DTexFont::Range& r) {
-                         return static_cast<int>(c) >= r.first && static_cast<int>(c) <= r.last;
-                       });
-    if (known)
-      codes += static_cast<char>(c);
-    else if (c != '\n' && missing.insert(c).second)
-      static_cast<void>(texFont->Find(static_cast<int>(c)));
+  const int code = c < 0x10000 ? static_cast<int>(c) : -1;
+  const auto glyph = texGlyphs->find(code);
+  if (glyph == texGlyphs->end()) {
+    if (missing.insert(c).second)
+      static_cast<void>(texFont->Find(code));
+    return false;
   }
-  return codes;
+  const DTexFont::Char* record = texFont->Find(code);
+  if (!record)
+    return false;
+  found = {&glyph->second, record->bearingx * scaleX, static_cast<float>(record->wid) * scaleX,
+           record->advance * scaleX};
+  return true;
 }
 
 float QFont::GetHeight(const char* text) const
@@ -93,8 +116,12 @@ float QFont::GetWidth(std::string_view text, int len) const
     text = text.substr(0, static_cast<size_t>(len));
   if (!texFont)
     return face ? face->Width(text) : 0;
-  texFont->xScale = scaleX;
-  return texFont->Width(TexFontText(text));
+  float width = 0;
+  TexChar c;
+  for (size_t at = 0; at < text.size();)
+    if (FindTexChar(QNextChar(text, at), c))
+      width += c.advance;
+  return width;
 }
 
 float QFont::GetScaleX() const
@@ -131,6 +158,7 @@ QFont* QFont::Smaller()
   smaller = std::make_unique<QFont>(family, size - 1, slant, weight, type);
   if (texFont) { // its pictures stay, drawn narrower
     smaller->texFont = texFont;
+    smaller->texGlyphs = texGlyphs;
     smaller->scaleX = scaleX * static_cast<float>(size - 1) / static_cast<float>(size);
     smaller->scaleY = scaleY;
   } else {

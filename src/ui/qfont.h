@@ -2,6 +2,7 @@
 
 #include "foundation/qobject.h"
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -9,6 +10,7 @@
 
 class DTexFont;
 class QOutlineFace;
+struct QGlyph;
 
 // A font by its family name. Which face of the machine stands behind it is looked up when it is created.
 class QFont : public QObject
@@ -54,10 +56,18 @@ public:
   float GetScaleY() const;
   void SetScale(float x, float y);
 
-  QOutlineFace* Face() const { return face.get(); }   // null for a texture font
-  DTexFont* TexFont() const { return texFont.get(); } // null for an outline font
-  // The text in the single-byte codes of a texture font, without what it has no picture for (reported once each).
-  std::string TexFontText(std::string_view text) const;
+  QOutlineFace* Face() const { return face.get(); } // null for a texture font
+  // One character of a texture font, as it is to be drawn.
+  struct TexChar
+  {
+    const QGlyph* glyph; // in the atlas
+    float bearing;       // pixels from the pen to its left edge
+    float wid;
+    float advance;
+  };
+  bool IsTexFont() const { return texFont != nullptr; }
+  // False for what the font doesn't have (reported once each).
+  bool FindTexChar(char32_t c, TexChar& found) const;
   // The same font a point smaller; null when that would be too small to read.
   QFont* Smaller();
   // This font, or the largest smaller form of it in which the text is at most wid wide; the smallest when none is.
@@ -68,8 +78,11 @@ private:
   int size, slant, weight, type;
   float scaleX = 1, scaleY = 1;
   bool CreateTexFont();
+  void CopyTexGlyphs();
   std::unique_ptr<QOutlineFace> face;
   std::shared_ptr<DTexFont> texFont; // shared with the smaller forms
+  // By code; shared as well.
+  std::shared_ptr<std::map<int, QGlyph>> texGlyphs;
   mutable std::set<char32_t> missing;
   std::unique_ptr<QFont> smaller;
 };

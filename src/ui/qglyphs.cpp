@@ -27,7 +27,7 @@ struct QGlyphAtlas::FreeType
   FreeType& operator=(const FreeType&) = delete;
 };
 
-QGlyphAtlas::QGlyphAtlas() : freetype(std::make_unique<FreeType>()), pixels(SIZE * SIZE)
+QGlyphAtlas::QGlyphAtlas() : freetype(std::make_unique<FreeType>()), pixels(SIZE * SIZE * 4)
 {
   constexpr int SPOT = 4;
   const std::vector<uint8_t> white(SPOT * SPOT, 255);
@@ -42,9 +42,9 @@ void* QGlyphAtlas::Library()
   return freetype->library;
 }
 
-bool QGlyphAtlas::Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph)
+bool QGlyphAtlas::Place(int wid, int hgt, QGlyph& glyph)
 {
-  if (wid > SIZE || hgt > SIZE)
+  if (wid < 0 || hgt < 0 || wid > SIZE || hgt > SIZE)
     return false;
   if (penX + wid > SIZE) {
     penX = 0;
@@ -53,37 +53,60 @@ bool QGlyphAtlas::Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& 
   }
   if (penY + hgt > SIZE)
     return false;
-  for (int y = 0; y < hgt; ++y)
-    std::copy_n(rows + y * pitch, wid, pixels.begin() + (penY + y) * SIZE + penX);
   glyph.x = penX;
   glyph.y = penY;
   glyph.wid = wid;
   glyph.hgt = hgt;
-  penX += wid + 1;
+  penX += wid + 1; // a clear line between neighbours
   rowHeight = std::max(rowHeight, hgt + 1);
-  changed = true;
+  dirtyBegin = std::min(dirtyBegin, glyph.y);
+  dirtyEnd = std::max(dirtyEnd, glyph.y + hgt);
+  return true;
+}
+
+void QGlyphAtlas::SetPixel(const QGlyph& glyph, int x, int y, const uint8_t* rgba)
+{
+  std::copy_n(rgba, 4, pixels.begin() + ((glyph.y + y) * SIZE + glyph.x + x) * 4);
+}
+
+bool QGlyphAtlas::Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph)
+{
+  if (!Place(wid, hgt, glyph))
+    return false;
+  for (int y = 0; y < hgt; ++y)
+    for (int x = 0; x < wid; ++x) {
+      const uint8_t rgba[] = {255, 255, 255, rows[y * pitch + x]};
+      SetPixel(glyph, x, y, rgba);
+    }
   return true;
 }
 
 uint32_t QGlyphAtlas::Texture()
 {
-  if (!changed)
+  if (dirtyBegin >= dirtyEnd)
     return texture;
-  changed = false;
   GLint bound = 0;
   glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
   glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
-  if (texture == 0)
-    glGenTextures(1, &texture);
-  glBindTexture(GL_TEXTURE_2D, texture);
-  for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_NEAREST},
-                                         {GL_TEXTURE_MAG_FILTER, GL_NEAREST},
-                                         {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
-                                         {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
-    glTexParameteri(GL_TEXTURE_2D, static_cast<GLenum>(parameter), value);
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_ALPHA8, SIZE, SIZE, 0, GL_ALPHA, GL_UNSIGNED_BYTE, pixels.data());
+  if (texture == 0) {
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    // On whole pixels both filters give the same; characters drawn narrower need the smooth one.
+    for (const auto& [parameter, value] : {std::pair{GL_TEXTURE_MIN_FILTER, GL_LINEAR},
+                                           {GL_TEXTURE_MAG_FILTER, GL_LINEAR},
+                                           {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
+                                           {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
+      glTexParameteri(GL_TEXTURE_2D, static_cast<GLenum>(parameter), value);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, SIZE, SIZE, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+  } else {
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, dirtyBegin, SIZE, dirtyEnd - dirtyBegin, GL_RGBA, GL_UNSIGNED_BYTE,
+                    pixels.data() + dirtyBegin * SIZE * 4);
+  }
+  dirtyBegin = SIZE;
+  dirtyEnd = 0;
   glPopClientAttrib();
   glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
   return texture;
@@ -94,7 +117,8 @@ void QGlyphAtlas::ReleaseTexture()
   if (texture != 0 && DGlobals().hasContext)
     glDeleteTextures(1, &texture);
   texture = 0;
-  changed = true;
+  dirtyBegin = 0;
+  dirtyEnd = SIZE;
 }
 
 namespace {

@@ -17,8 +17,9 @@ struct QGlyph
   float advance = 0;
 };
 
-// The picture that holds the characters of all outline fonts, and a white spot for plain rectangles: so a run of
-// rectangles and texts needs no change of texture. Pictures are made when a character is first needed.
+// The picture that holds the characters of all fonts, and a white spot for plain rectangles: so a run of rectangles and
+// texts needs no change of texture, which costs a software renderer more than the drawing. Pictures of outline fonts
+// are made when a character is first needed.
 class QGlyphAtlas
 {
 public:
@@ -29,8 +30,12 @@ public:
   ~QGlyphAtlas();
   QGlyphAtlas(const QGlyphAtlas&) = delete;
   QGlyphAtlas& operator=(const QGlyphAtlas&) = delete;
-  // Finds a place for the picture, one byte of opacity a pixel. False when the atlas is full.
+  // Finds a place for a picture and sets the glyph's place and size. False when the atlas is full.
+  bool Place(int wid, int hgt, QGlyph& glyph);
+  // White with one byte of opacity a pixel.
   bool Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph);
+  // Red, green, blue and alpha in that order.
+  void SetPixel(const QGlyph& glyph, int x, int y, const uint8_t* rgba);
   // OpenGL's name, with all characters so far; only with a context.
   uint32_t Texture();
   // While the context is still there.
@@ -41,9 +46,9 @@ public:
 private:
   struct FreeType;
   std::unique_ptr<FreeType> freetype;
-  std::vector<uint8_t> pixels;
+  std::vector<uint8_t> pixels; // four bytes each
   uint32_t texture = 0;
-  bool changed = true;
+  int dirtyBegin = 0, dirtyEnd = SIZE; // rows that OpenGL doesn't have yet
   int penX = 0, penY = 0, rowHeight = 0;
 };
 

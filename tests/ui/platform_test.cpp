@@ -2,6 +2,8 @@
 #include "platform/qsdldisplay.h"
 #include "platform/qsdlkeys.h"
 #include "platform/qsingleinstance.h"
+#include "support/reportcapture.h"
+#include "support/tempdir.h"
 #include "ui/qapp.h"
 #include "ui/qbutton.h"
 #include "ui/qfont.h"
@@ -163,6 +165,50 @@ TEST_F(OffscreenTest, AnInterfaceTakesFewDrawCalls)
   application->GetWindowManager()->PaintAll();
   EXPECT_EQ(1, application->GetBatch().Calls() - before);
   EXPECT_EQ(0u, glGetError());
+}
+
+TEST_F(OffscreenTest, ATextureFontIsDrawnTogetherWithTheRest)
+{
+  TempDir dir;
+  dir.Write("font.dtf", "general\n{\n  minchar=65\n  maxchar=66\n}\nchars\n{\n"
+                        "  char65\n  {\n    x=0\n    y=0\n    wid=4\n    hgt=6\n    advance=5\n  }\n"
+                        "  char66\n  {\n    x=4\n    y=0\n    wid=3\n    hgt=6\n    advance=7\n  }\n}\n");
+  QBitMap letters(32, 8, 8);
+  const QRect a{0, 0, 4, 6};
+  letters.Fill(&a, QColor(255, 255, 255)); // the second one stays clear
+  ASSERT_TRUE(letters.Write(dir.Path("font.tga").c_str(), QBitMap::TGA));
+  QFont font(dir.Path("font"), 10, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
+  ASSERT_TRUE(font.Create());
+  EXPECT_EQ(17, font.GetWidth("ABA"));
+  ReportCapture reports;
+  EXPECT_EQ(5, font.GetWidth("A\xC3\xA9")); // an e with an accent isn't there, which is told once
+  EXPECT_EQ(5, font.GetWidth("A\xC3\xA9"));
+  EXPECT_EQ(1, reports.Count("can't find char 0xe9"));
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  Clear();
+  cv.SetColor(255, 0, 0);
+  cv.SetBlending(true);
+  const int before = application->GetBatch().Calls();
+  cv.Begin();
+  for (int i = 0; i < 10; ++i) {
+    cv.SetFont(&font);
+    cv.Text("ABA", 20, 10 + i * 20);
+    cv.SetFont(application->GetSystemFont());
+    cv.Text("i", 100, 10 + i * 20);
+  }
+  cv.End();
+  EXPECT_EQ(1, application->GetBatch().Calls() - before);
+  EXPECT_EQ(480, Lit({0, 0, 60, 240}));
+  EXPECT_EQ(255, At(20, 10).GetR());
+  EXPECT_EQ(0, At(20, 10).GetG());
+  EXPECT_EQ(255, At(32 + 3, 15).GetR());
+  Clear();
+  cv.SetColor(255, 0, 0);
+  cv.SetFont(&font);
+  cv.SetClipRect(22, 12, 100, 2);
+  cv.Text("A", 20, 10);
+  cv.DisableClipping();
+  EXPECT_EQ(4, Lit({0, 0, 320, 240}));
 }
 
 TEST_F(OffscreenTest, DrawingLeavesTheStateAlone)
