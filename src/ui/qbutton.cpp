@@ -1,6 +1,5 @@
 #include "ui/qbutton.h"
 
-#include "geometry/dtexture.h"
 #include "ui/qapp.h"
 #include "ui/qarrow.h"
 #include "ui/qfont.h"
@@ -121,12 +120,11 @@ void QButton::Paint(const QRect*)
 
 bool QButton::PaintPicture(const Picture& picture)
 {
-  if (!picture.texture || picture.texture->glTexture == 0)
+  if (!picture.texture)
     return false;
   cv.SetColor(PX_WHITE);
   cv.SetBlending(true);
-  cv.Texture(picture.texture->glTexture, picture.texture->width, picture.texture->height, picture.source,
-             {0, 0, rect.wid, rect.hgt});
+  PaintTextureStretched(picture.texture, picture.source, {0, 0, rect.wid, rect.hgt});
   return true;
 }
 

@@ -1,6 +1,8 @@
 #include "ui/qwindow.h"
 
 #include "foundation/qreport.h"
+#include "geometry/dglobal.h"
+#include "geometry/dtexture.h"
 #include "ui/qapp.h"
 #include "ui/qxwindow.h"
 
@@ -323,6 +325,24 @@ void QWindow::Invalidate(const QRect*)
 {
   if (Manager() && IsCreated())
     Manager()->RequestPaint();
+}
+
+void QWindow::PaintTexture(DTexture* texture, const QRect& src, int x, int y)
+{
+  PaintTextureStretched(texture, src, {x, y, src.wid, src.hgt});
+}
+
+void QWindow::PaintTextureStretched(DTexture* texture, const QRect& src, const QRect& dst)
+{
+  if (!texture) {
+    QWARN("QWindow:PaintTexture(); no texture");
+    return;
+  }
+  if (!DGlobals().hasContext)
+    return;
+  if (texture->glTexture == 0)
+    texture->CreateTexture();
+  cv.Texture(texture->glTexture, texture->width, texture->height, src, dst);
 }
 
 void QWindow::SendEvent(int type, int n)

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+class DTexture;
 class QXWindow;
 
 // A rectangle on the top-level window that paints itself and takes events. It is known to the window manager from
@@ -89,6 +90,9 @@ public:
   QRect RootRect() const;
   // Asks for the window, and all that lies above it, to be painted again.
   void Invalidate(const QRect* r = nullptr);
+  // Part of a texture, at its own size or fitted into dst; source in texels from the top left. Reported without one.
+  void PaintTexture(DTexture* texture, const QRect& src, int x, int y);
+  void PaintTextureStretched(DTexture* texture, const QRect& src, const QRect& dst);
   QCanvas& GetCanvas() { return cv; }
   // Sends an event of this window to the queue, with the current pointer position.
   void SendEvent(int type, int n = 0);

@@ -172,6 +172,8 @@ TEST_F(UiTest, CanvasReportsWhatItCannotDraw)
   EXPECT_TRUE(reports.Contains("QCanvas::TextML() max #lines reached (10)"));
   cv.TextML(std::string(1024, 'x'), {0, 0, 100, 100});
   EXPECT_TRUE(reports.Contains("QCanvas::TextML(); text>temp buffer"));
+  Shell()->PaintTexture(nullptr, {0, 0, 8, 8}, 0, 0);
+  EXPECT_TRUE(reports.Contains("QWindow:PaintTexture(); no texture"));
   cv.SetColor(PX_FACE);
   EXPECT_EQ(QColor(68, 126, 142, 128).GetRGBA(), cv.GetColor().GetRGBA());
   cv.SetColor(PX_FACE, 7);
