@@ -1,24 +1,50 @@
 #include "ui/qtextfit.h"
 
 #include "ui/qfont.h"
+#include "ui/qtext.h"
 
 #include <algorithm>
 #include <sstream>
 
-std::string QWrapText(const QFont& font, std::string_view text, int wid)
+namespace {
+
+// As much of the word as the room holds, at least one character.
+size_t FittingPart(const QFont& font, std::string_view word, int wid)
+{
+  size_t part = 0;
+  QNextChar(word, part);
+  for (size_t next = part; next < word.size(); part = next) {
+    QNextChar(word, next);
+    if (font.GetWidth(word.substr(0, next)) > static_cast<float>(wid))
+      break;
+  }
+  return part;
+}
+
+} // namespace
+
+std::string QWrapText(const QFont& font, std::string_view text, int wid, bool breakWords)
 {
   std::string out;
+  const auto tooWide = [&](const std::string& s) { return font.GetWidth(s) > static_cast<float>(wid); };
   std::istringstream lines{std::string(text)};
   for (std::string line; std::getline(lines, line);) {
     std::string current;
     std::istringstream words(line);
     for (std::string word; words >> word;) {
       const std::string longer = current.empty() ? word : current + ' ' + word;
-      if (!current.empty() && font.GetWidth(longer) > static_cast<float>(wid)) {
+      if (!current.empty() && tooWide(longer)) {
         out += current + '\n';
         current = word;
       } else {
         current = longer;
+      }
+      while (breakWords && tooWide(current)) {
+        const size_t part = FittingPart(font, current, wid);
+        if (part == current.size())
+          break;
+        out += current.substr(0, part) + '\n';
+        current.erase(0, part);
       }
     }
     out += current + '\n';

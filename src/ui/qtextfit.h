@@ -5,8 +5,9 @@
 
 class QFont;
 
-// The text with line ends put in at blanks, so that no line is wider than that many pixels, if words allow it.
-std::string QWrapText(const QFont& font, std::string_view text, int wid);
+// The text with line ends put in at blanks, so that no line is wider than that many pixels. A word that is too wide by
+// itself, such as a path, stays whole, or is broken where it must be.
+std::string QWrapText(const QFont& font, std::string_view text, int wid, bool breakWords = false);
 
 // How a text goes into a room without being cut: as it is, in a somewhat smaller form of the font, in two lines, or
 // very small.

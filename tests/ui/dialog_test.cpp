@@ -1,9 +1,13 @@
 #include "support/tempdir.h"
+#include "ui/qfont.h"
 #include "ui/qmessagebox.h"
 #include "ui/qprogressdialog.h"
 #include "ui/qstringdialog.h"
 #include "ui/qtextdialog.h"
+#include "ui/qtextfit.h"
 #include "ui/uifixture.h"
+
+#include <sstream>
 
 namespace {
 
@@ -84,6 +88,27 @@ TEST_F(UiTest, DialogsHaveTheirGeometry)
     display->Key(QKEY_ESC);
   });
   QDlgString("t", "p", text, 10, 5);
+}
+
+TEST_F(UiTest, ALongMessageStandsClearOfTheButtons)
+{
+  if (!application->GetSystemFont()->IsCreated())
+    GTEST_SKIP() << "no font on this machine";
+  std::string text = "Shader templates written in /" + std::string(200, 'x') + "/track_template.shd";
+  for (int i = 0; i < 20; ++i)
+    text += " and on";
+  display->Then([&] {
+    const QWindow* label = Manager().FindVisible("QLabel", text);
+    const QWindow* ok = Manager().FindVisible("QButton", "OK");
+    ASSERT_TRUE(label && ok);
+    const std::string lines = QWrapText(*application->GetSystemFont(), text, label->rect.wid, true);
+    EXPECT_LE(static_cast<float>(label->rect.y) + application->GetSystemFont()->GetHeight(lines.c_str()), ok->rect.y);
+    std::istringstream each(lines);
+    for (std::string line; std::getline(each, line);)
+      EXPECT_LE(application->GetSystemFont()->GetWidth(line), label->rect.wid) << line;
+    display->Key(QKEY_ENTER);
+  });
+  EXPECT_EQ(1, QMessageBox("Info", text, 1));
 }
 
 TEST_F(UiTest, AStringIsTypedOverTheOneBefore)
