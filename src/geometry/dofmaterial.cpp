@@ -38,6 +38,8 @@ std::string LowerCase(std::string_view text)
 std::string TextureFile(const std::string& name, const DGeode* owner)
 {
   const std::string inside = d3InsideName(name);
+  if (!DGlobals().texturesOn)
+    return inside; // nothing is opened, so nothing is looked for
   if (!owner)
     return "images/" + inside;
   qstring full;
