@@ -282,11 +282,9 @@ void DGeob::FlipFaces(int n)
     return;
   const DBurst& b = burst[static_cast<size_t>(n)];
   const int64_t first = b.start / 3;
-  for (int64_t t = 0; t < b.count / 9; ++t) {
-    const int64_t at = (first + t) * 3;
-    if (at >= 0 && at + 2 < IndexCount())
-      std::swap(index[static_cast<size_t>(at + 1)], index[static_cast<size_t>(at + 2)]);
-  }
+  const int64_t end = std::min<int64_t>(first + b.count / 9, FaceCount()); // a file may name any number
+  for (int64_t t = std::max<int64_t>(first, 0); t < end; ++t)
+    std::swap(index[static_cast<size_t>(t * 3 + 1)], index[static_cast<size_t>(t * 3 + 2)]);
   RefreshVBO();
 }
 
