@@ -168,8 +168,7 @@ std::unique_ptr<QBitMap> DemoPaintGarages()
     } else if (v > 0.66 && v < 0.92) {
       const double pane = std::fmod(u * 12, 1.0);
       if (pane > 0.06 && pane < 0.94)
-        c = Tree(0, 0.5, 0.5) * 0.0 + DemoColor(0.24, 0.33, 0.42, 1) +
-            DemoColor(0.25, 0.25, 0.22, 0) * DemoSmooth(0.66, 0.92, v);
+        c = DemoColor(0.24, 0.33, 0.42, 1) + DemoColor(0.25, 0.25, 0.22, 0) * DemoSmooth(0.66, 0.92, v);
     } else if (v > 0.95) {
       c = DemoColor(0.50, 0.50, 0.51, 1);
     }
