@@ -41,8 +41,9 @@ int QDlgString(std::string_view title, std::string_view prompt, std::string& tex
 {
   if (!app || !app->GetShell())
     return 2;
-  QStringDialog dialog(app->GetShell(), pos ? *pos : QRect{400, 250, 300, QStringDialog::HeightFor(lines)}, title,
-                       prompt, text, maxLen, lines);
+  QRect area = pos ? *pos : QRect{400, 250, 300, 0};
+  area.hgt = std::max(area.hgt, QStringDialog::HeightFor(area.wid, prompt, lines));
+  QStringDialog dialog(app->GetShell(), area, title, prompt, text, maxLen, lines);
   const int result = dialog.Execute();
   if (result == 1)
     text = dialog.GetEdit().GetText();

@@ -2,12 +2,13 @@
 
 #include "ui/qapp.h"
 #include "ui/qfont.h"
+#include "ui/qtextfit.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr int EDIT_Y = 62;
+constexpr int PROMPT_Y = 38;
 constexpr int BUTTON_ROOM = 50; // from the buttons' top to the lower edge
 
 int LineHeight(int lines)
@@ -16,18 +17,33 @@ int LineHeight(int lines)
   return std::max(static_cast<int>(font->GetHeight()), 12);
 }
 
+int PromptHeight(int wid, std::string_view prompt)
+{
+  const QFont& font = *app->GetSystemFont();
+  const std::string lines = QWrapText(font, prompt, wid - 20, true);
+  return std::max(static_cast<int>(font.GetHeight(lines.c_str())), 18);
+}
+
+// Below the prompt, however many lines that takes.
+int EditY(int wid, std::string_view prompt)
+{
+  return PROMPT_Y + PromptHeight(wid, prompt) + 6;
+}
+
 } // namespace
 
-int QStringDialog::HeightFor(int lines)
+int QStringDialog::HeightFor(int wid, std::string_view prompt, int lines)
 {
-  return EDIT_Y + std::max(lines, 1) * LineHeight(lines) + 8 + 14 + BUTTON_ROOM;
+  return EditY(wid, prompt) + std::max(lines, 1) * LineHeight(lines) + 8 + 10 + BUTTON_ROOM;
 }
 
 QStringDialog::QStringDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view prompt,
                              std::string_view text, int maxLen, int lines) :
     QDialog(owner, area, title),
-    single(lines <= 1), label(this, {10, 38, area.wid - 20, 20}, prompt),
-    edit(this, {10, EDIT_Y, area.wid - 20, std::max(area.hgt - EDIT_Y - BUTTON_ROOM - 10, LineHeight(lines) + 8)},
+    single(lines <= 1), label(this, {10, PROMPT_Y, area.wid - 20, PromptHeight(area.wid, prompt)}, prompt),
+    edit(this,
+         {10, EditY(area.wid, prompt), area.wid - 20,
+          std::max(area.hgt - EditY(area.wid, prompt) - BUTTON_ROOM - 10, LineHeight(lines) + 8)},
          static_cast<size_t>(std::max(maxLen, 0)), single ? 0u : static_cast<uint32_t>(QEdit::MULTILINE), text),
     ok(this, {10, area.hgt - BUTTON_ROOM, 100, 40}, app->GetText("misc.ok", "OK")),
     cancel(this, {area.wid - 110, area.hgt - BUTTON_ROOM, 100, 40}, app->GetText("misc.cancel", "Cancel"))

@@ -17,8 +17,8 @@ public:
   int Execute() override;
   std::string GetText() const override { return label.GetText(); } // the question
   QEdit& GetEdit() { return edit; }
-  // Height of a dialog for that many lines.
-  static int HeightFor(int lines);
+  // Height that a dialog of that width needs.
+  static int HeightFor(int wid, std::string_view prompt, int lines);
 
 private:
   void Filter(QEvent* event);

@@ -57,12 +57,16 @@ std::string QWrapText(const QFont& font, std::string_view text, int wid, bool br
 QFittedText QFitText(QFont& font, std::string_view text, int wid, int hgt)
 {
   constexpr int READABLE = 8; // points
+  // A texture font doesn't get smaller but narrower, which hurts sooner.
+  const auto readable = [&font](const QFont& f) {
+    return font.IsTexFont() ? f.GetSize() * 5 >= font.GetSize() * 4 : f.GetSize() >= READABLE;
+  };
   const auto fits = [=](const QFont& f, std::string_view line) { return f.GetWidth(line) <= static_cast<float>(wid); };
   QFont* fitting = font.FittingFont(text, wid);
-  if (fits(*fitting, text) && (fitting == &font || fitting->GetSize() >= READABLE))
+  if (fits(*fitting, text) && (fitting == &font || readable(*fitting)))
     return {fitting, std::string(text)};
   // Two lines of a readable size beat one that nobody can read.
-  for (QFont* f = &font; f && f->GetSize() >= READABLE; f = f->Smaller()) {
+  for (QFont* f = &font; f && readable(*f); f = f->Smaller()) {
     const std::string lines = QWrapText(*f, text, wid);
     if (std::count(lines.begin(), lines.end(), '\n') != 1 || f->GetHeight(lines.c_str()) > static_cast<float>(hgt))
       continue;

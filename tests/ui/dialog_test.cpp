@@ -111,6 +111,24 @@ TEST_F(UiTest, ALongMessageStandsClearOfTheButtons)
   EXPECT_EQ(1, QMessageBox("Info", text, 1));
 }
 
+TEST_F(UiTest, APromptOfTwoLinesStandsClearOfTheField)
+{
+  const char* prompt = "Select grid position index (0..19) (empty=new), or leave it as it is";
+  std::string text = "7";
+  display->Then([&] {
+    const QWindow* label = Manager().FindVisible("QLabel", prompt);
+    const QWindow* edit = Manager().FindVisible("QEdit", "7");
+    const QWindow* ok = Manager().FindVisible("QButton", "OK");
+    ASSERT_TRUE(label && edit && ok);
+    const QFont& font = *application->GetSystemFont();
+    const std::string lines = QWrapText(font, prompt, label->rect.wid);
+    EXPECT_LE(static_cast<float>(label->rect.y) + font.GetHeight(lines.c_str()), edit->rect.y);
+    EXPECT_LE(edit->rect.y + edit->rect.hgt, ok->rect.y);
+    display->Key(QKEY_ESC);
+  });
+  QDlgString("Enter an index", prompt, text, 128);
+}
+
 TEST_F(UiTest, AStringIsTypedOverTheOneBefore)
 {
   const struct
