@@ -136,7 +136,8 @@ void LogCore(unsigned flags, std::string_view context, std::string text)
   memory.text = text;
   memory.context = context;
   memory.flags = flags;
-  if (!(flags & QLOG_NO_CONSOLE))
+  constexpr unsigned SERIOUS = QLOG_ERR | QLOG_WARN | QLOG_CRIT | QLOG_FATAL | QLOG_PROBLEM;
+  if (!(flags & QLOG_NO_CONSOLE) && (!QReports().quiet || flags & SERIOUS))
     Console(text + "\n");
   if ((flags & QLOG_MESSAGE_BOX) && QReports().messageBox)
     QReports().messageBox(flags & QLOG_FATAL ? "Fatal error - the program will exit" : "Error", text);
