@@ -34,7 +34,7 @@ struct DGlobal
   int maxTextureWidth = 16384;
   int maxTextureHeight = 16384;
   int textureDivider = 1;
-  int maxAnisotropy = 1; // samples along the steeper axis of a slanted surface
+  int maxAnisotropy = 1;         // samples along the steeper axis of a slanted surface
   uint32_t defaultWrap = 0x2901; // GL_REPEAT
   std::shared_ptr<DTexture> environmentMap;
   float environmentAngle = 0; // degrees
