@@ -4,6 +4,7 @@
 
 #include "foundation/qinfo.h"
 #include "foundation/qinfoiterator.h"
+#include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 
@@ -101,6 +102,7 @@ int PrintDistance(const std::string& directory, const std::string& n)
 
 int main(int argc, char** argv)
 {
+  QReports().quiet = true;
   const std::string verb = argc > 1 ? argv[1] : "";
   if (verb == "view" && argc == 3)
     return PrintView(argv[2]);
