@@ -7,6 +7,7 @@
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
+#include "geometry/dworld.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
 #include "scene/worldscene.h"
@@ -68,6 +69,7 @@ void EditShell::ResetTrack()
   state.SelectedIndices.clear();
   manager->SetTrack(nullptr);
   DGlobals().strings.clear();
+  manager->GetWorld()->GetWorld()->Clear(); // with the track gone nothing names its models and shaders any more
   RTrackHost host;
   host.settings = app.GetInfo();
   host.scene = manager->GetWorld();
