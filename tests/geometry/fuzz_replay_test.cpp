@@ -1,4 +1,4 @@
-#include "fuzz/dof.h"
+#include "fuzzing/dof.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 TEST(FuzzReplay, Dof)
 {
   int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(PAVEX_SOURCE_DIR "/fuzz/corpus/dof")) {
+  for (const auto& entry : std::filesystem::directory_iterator(PAVEX_SOURCE_DIR "/fuzzing/corpus/dof")) {
     SCOPED_TRACE(entry.path().string());
     std::ifstream in(entry.path(), std::ios::binary);
     const std::string content(std::istreambuf_iterator<char>(in), {});

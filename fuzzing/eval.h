@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/eval.h"
-#include "fuzz/check.h"
+#include "fuzzing/check.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "fuzz/tga.h"
+#include "fuzzing/eval.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-  FuzzTga({reinterpret_cast<const char*>(data), size});
+  FuzzEval({reinterpret_cast<const char*>(data), size});
   return 0;
 }

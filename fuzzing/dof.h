@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fuzz/check.h"
+#include "fuzzing/check.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 #include "geometry/dintersect.h"

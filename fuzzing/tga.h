@@ -2,7 +2,7 @@
 
 #include "foundation/qbitmap.h"
 #include "foundation/qtga.h"
-#include "fuzz/check.h"
+#include "fuzzing/check.h"
 
 #include <algorithm>
 #include <string_view>

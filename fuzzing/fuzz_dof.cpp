@@ -1,7 +1,7 @@
-#include "fuzz/info.h"
+#include "fuzzing/dof.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-  FuzzInfo({reinterpret_cast<const char*>(data), size});
+  FuzzDof(std::as_bytes(std::span(data, size)));
   return 0;
 }

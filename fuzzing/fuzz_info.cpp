@@ -1,7 +1,7 @@
-#include "fuzz/dof.h"
+#include "fuzzing/info.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-  FuzzDof(std::as_bytes(std::span(data, size)));
+  FuzzInfo({reinterpret_cast<const char*>(data), size});
   return 0;
 }

@@ -1,7 +1,7 @@
-#include "fuzz/eval.h"
+#include "fuzzing/tga.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-  FuzzEval({reinterpret_cast<const char*>(data), size});
+  FuzzTga({reinterpret_cast<const char*>(data), size});
   return 0;
 }

@@ -2,7 +2,7 @@
 
 #include "foundation/qinfoiterator.h"
 #include "foundation/qinfotree.h"
-#include "fuzz/check.h"
+#include "fuzzing/check.h"
 
 #include <map>
 #include <vector>
