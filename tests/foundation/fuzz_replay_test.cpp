@@ -17,7 +17,8 @@ TEST_P(FuzzReplay, Corpus)
 {
   const auto [name, target] = GetParam();
   int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(std::string(PAVEX_SOURCE_DIR "/fuzzing/corpus/") + name)) {
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::string(PAVEX_SOURCE_DIR "/fuzzing/corpus/") + name)) {
     SCOPED_TRACE(entry.path().string());
     std::ifstream in(entry.path(), std::ios::binary);
     target(std::string(std::istreambuf_iterator<char>(in), {}));
