@@ -57,10 +57,22 @@ void EditShell::Configure()
   app.glSettings.bits = settings->GetInt("resolution.bits", 32);
 }
 
+// What the layers below ask or tell gets the program's own dialogs.
+void EditShell::InstallMessages()
+{
+  QReports().systemMessage = [this](std::string_view title, std::string_view text, bool okOnly) {
+    return Message(std::string(title).c_str(), std::string(text).c_str(), okOnly, nullptr, nullptr, nullptr) == 0;
+  };
+  QReports().messageBox = [this](std::string_view title, std::string_view text) {
+    Message(std::string(title).c_str(), std::string(text).c_str(), true, nullptr, nullptr, nullptr);
+  };
+}
+
 void EditShell::Setup()
 {
   startTime = app.GetDisplay().Clock();
   app.RunPoll();
+  InstallMessages();
   state.paintVertices = false;
   DGlobals().flags |= 1;
   font = std::make_unique<QFont>(FONT, 11, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
@@ -132,6 +144,8 @@ void EditShell::StoreSettings()
 void EditShell::exitFunc()
 {
   qlog(QFileNameOf(__FILE__), "exitfunc", __LINE__, "exitFunc()\n");
+  app.SetIdleProc(nullptr); // writing the settings may still ask, and then nothing of this may be painted
+  app.SetEventProc(nullptr);
   StoreSettings();
   widgets.reset();
   state.SelectedNodes.clear();
@@ -144,6 +158,8 @@ void EditShell::exitFunc()
   titleBar.reset();
   state.settings = nullptr;
   settings.reset();
+  QReports().systemMessage = nullptr;
+  QReports().messageBox = nullptr;
   fps.reset();
   app.SetSystemFont(nullptr);
   font.reset();

@@ -68,6 +68,7 @@ private:
   struct GlobalKey;
   static const GlobalKey globalKeys[];
 
+  void InstallMessages();
   void CreateView();
   void CreateModes();
   void ReadTransform();

@@ -57,6 +57,19 @@ TEST(MainRoad, ASaveThatFailsTellsAndKeepsTheFiles)
   EXPECT_EQ(before, FileText(session.TrackFile("oval", "special.ini")));
 }
 
+TEST(MainRoad, AFileThatSomebodyElseChangedIsOverwrittenOnlyWhenTheUserSaysSo)
+{
+  EditSession session;
+  session.WriteTrack("oval");
+  session.Start();
+  session.WriteSettings("settings\n{\n  note=somebody else's\n}\n");
+  session.Answer("\x1b");
+  ASSERT_TRUE(session.LoadTrack("oval")) << "the track opens all the same";
+  ASSERT_EQ(1u, session.Dialogs().size());
+  EXPECT_NE(std::string::npos, session.LastDialog().find("was modified - it will be overwritten"));
+  EXPECT_STREQ("somebody else's", QInfo("bin/pavex.ini").GetStringDirect("settings.note"));
+}
+
 TEST(MainRoad, SkyIsNoTarget)
 {
   EditSession session;
