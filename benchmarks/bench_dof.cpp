@@ -1,6 +1,7 @@
 // Loading a model of 78 MB with 3.5 M triangles, beside libraries that load the same arrays as GLB, and beside what
 // the machine takes to read and check them.
 
+#include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 
@@ -115,6 +116,7 @@ public:
     std::string name = (fs::temp_directory_path() / "pavex-bench-XXXXXX").string();
     directory = mkdtemp(name.data());
     DGlobals().texturesOn = false;
+    QReports().quiet = true;
     DGeode geode("bench");
     geode.AddMaterial()->name = "ground";
     for (int i = 0; i < GEOBS; ++i)
@@ -202,7 +204,10 @@ void PeerTinygltf(benchmark::State& state)
     return model;
   });
 }
-BENCHMARK(PeerTinygltf)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerTinygltf)
+    ->Name("load/peer tinygltf (the same arrays as GLB)")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 #endif
 
 #ifdef PEER_ASSIMP
@@ -215,7 +220,10 @@ void PeerAssimp(benchmark::State& state)
     return importer;
   });
 }
-BENCHMARK(PeerAssimp)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerAssimp)
+    ->Name("load/peer assimp (the same arrays as GLB)")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 #endif
 
 void Save(benchmark::State& state)
@@ -226,9 +234,9 @@ void Save(benchmark::State& state)
   Measure(state, [&] { return geode.ExportDOFBytes(); });
 }
 
-BENCHMARK(Project)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(Floor)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(Save)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Project)->Name("load/project")->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Floor)->Name("load/floor (read and check alone)")->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Save)->Name("save to memory/project")->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
 
