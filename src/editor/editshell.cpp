@@ -1,5 +1,6 @@
 #include "editor/editshell.h"
 
+#include "editor/editicon.h"
 #include "editor/editwidgets.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
@@ -71,6 +72,7 @@ void EditShell::InstallMessages()
 void EditShell::Setup()
 {
   startTime = app.GetDisplay().Clock();
+  app.GetDisplay().SetIcon(EDIT_ICON_SIZE, EDIT_ICON_SIZE, EditIcon());
   app.RunPoll();
   InstallMessages();
   state.paintVertices = false;

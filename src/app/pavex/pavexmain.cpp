@@ -43,6 +43,10 @@ int main()
   if (!application.Create())
     return 1;
   shell.Setup();
+  if (shell.Settings().GetInt("dev.test_asecut_ms")) {
+    QERR("dev.test_asecut_ms is set, but the multi-sub ASE cutter isn't part of this version yet");
+    application.Exit(0);
+  }
   application.Run();
   return 0;
 }
