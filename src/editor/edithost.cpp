@@ -2,6 +2,7 @@
 
 #include "foundation/eval.h"
 #include "foundation/qnumber.h"
+#include "foundation/qstring.h"
 
 #include <cstdio>
 
@@ -10,6 +11,14 @@ namespace {
 constexpr int INDEX_LENGTH = 128;
 constexpr int TEXT_LENGTH = 256;
 constexpr QRect NUMBER_RECT{500, 150, 350, 150};
+
+// What isn't a number at all must not pass for index 0 and overwrite the first record.
+int IndexOf(const std::string& answer)
+{
+  qstring reason;
+  const bool isNumber = answer.find_first_of("0123456789") != std::string::npos && qstring(answer).ValidateInt(reason);
+  return isNumber ? Eval(answer.c_str()) : -1;
+}
 
 } // namespace
 
@@ -23,7 +32,7 @@ int InputIndex(EditHost& host, const char* prompt, int count, int current)
       return -1;
     if (answer.empty())
       return count;
-    const int n = Eval(answer.c_str());
+    const int n = IndexOf(answer);
     if (n >= 0 && n < count)
       return n;
     if (!host.Message("Error", "Value out of range."))

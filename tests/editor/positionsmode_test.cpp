@@ -70,8 +70,13 @@ TEST_F(PositionsModeTest, CancelChangesNothing)
     SCOPED_TRACE(key);
     mode.ModeKey(key);
   }
-  host.answers = {"5"}; // out of range, and no wish to go on
-  mode.ModeKey(QMOD_CTRL | 'G');
+  for (const char* answer : {"5", "-1", "first", "-", " "}) { // no index, and no wish to go on
+    SCOPED_TRACE(answer);
+    host.messages.clear();
+    host.answers = {answer};
+    mode.ModeKey(QMOD_CTRL | 'G');
+    EXPECT_EQ(1u, host.messages.size());
+  }
   EXPECT_EQ(1, track.gridCount);
   EXPECT_EQ(DVector3(0.0f), track.gridPos[0].from);
   EXPECT_EQ(0, track.pitCount + track.timeLines.Count() + track.triggerLines.Count());
