@@ -6,52 +6,15 @@
 
 #include <algorithm>
 
-QCheck::QCheck(QWindow* owner, const QRect& area, std::string_view caption, bool on) :
-    QControl(owner, area, caption), state(on)
+QCheck::QCheck(QWindow* owner, const QRect& area, std::string_view caption, bool on) : QToggle(owner, area, caption, on)
 {
   Start(true);
 }
 
-void QCheck::SetState(bool on)
+void QCheck::Operate()
 {
-  state = on;
-  Invalidate();
-}
-
-void QCheck::Flip()
-{
-  SetState(!state);
+  SetState(!GetState());
   SendEvent(QEvent::CLICK);
-}
-
-bool QCheck::EvButtonPress(int button, int, int)
-{
-  if (button != 1)
-    return false;
-  app->GetWindowManager()->SetKeyboardFocus(this);
-  pressed = true;
-  GrabPointer();
-  Invalidate();
-  return true;
-}
-
-// Wherever the pointer is by now.
-bool QCheck::EvButtonRelease(int button, int, int)
-{
-  if (button != 1 || !pressed)
-    return false;
-  pressed = false;
-  ReleasePointer();
-  Flip();
-  return true;
-}
-
-bool QCheck::EvKeyPress(int key, int x, int y)
-{
-  if (key != QKEY_SPACE || !HasFocus())
-    return QControl::EvKeyPress(key, x, y);
-  Flip();
-  return true;
 }
 
 void QCheck::Paint(const QRect*)
@@ -69,7 +32,7 @@ void QCheck::Paint(const QRect*)
   const int boxHgt = std::min(h - 10, 12);
   const QRect box{3, 4 + (h - 10 - boxHgt) / 2, boxWid, boxHgt};
   cv.SetBlending(true);
-  cv.SetColor(state ? PX_OVERLAY : PX_DKTEAL, pressed ? 160 : 255);
+  cv.SetColor(GetState() ? PX_OVERLAY : PX_DKTEAL, IsPressed() ? 160 : 255);
   cv.Rectfill(box);
   cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
   cv.Rectangle(box);

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ui/qcontrol.h"
+#include "ui/qtoggle.h"
 
 // A box that is on or off, and a caption beside it.
-class QCheck : public QControl
+class QCheck : public QToggle
 {
 public:
   enum CheckFlag : uint32_t
@@ -13,16 +13,9 @@ public:
   QCheck(QWindow* owner, const QRect& area, std::string_view caption, bool on = false);
   const char* GetClassName() const override { return "QCheck"; }
   void Paint(const QRect* r = nullptr) override;
-  bool EvButtonPress(int button, int x, int y) override;
-  bool EvButtonRelease(int button, int x, int y) override;
-  bool EvKeyPress(int key, int x, int y) override; // space, with the focus, flips it
-  bool GetState() const { return state; }
-  void SetState(bool on);
 
   uint32_t checkFlags = 0;
 
 private:
-  void Flip();
-  bool state;
-  bool pressed = false;
+  void Operate() override;
 };

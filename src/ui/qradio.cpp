@@ -24,7 +24,7 @@ void PaintDisc(QCanvas& cv, int x, int y, int size)
 } // namespace
 
 QRadio::QRadio(QWindow* owner, const QRect& area, std::string_view caption, int groupNumber) :
-    QControl(owner, area, caption), group(groupNumber)
+    QToggle(owner, area, caption, false), group(groupNumber)
 {
   FitToText();
   Start(true);
@@ -46,44 +46,7 @@ void QRadio::SetText(std::string_view newText)
   FitToText();
 }
 
-void QRadio::SetState(bool on)
-{
-  if (state == on)
-    return;
-  state = on;
-  Invalidate();
-}
-
-bool QRadio::EvButtonPress(int button, int, int)
-{
-  if (button != 1)
-    return false;
-  app->GetWindowManager()->SetKeyboardFocus(this);
-  pressed = true;
-  GrabPointer();
-  Invalidate();
-  return true;
-}
-
-bool QRadio::EvButtonRelease(int button, int, int)
-{
-  if (button != 1 || !pressed)
-    return false;
-  pressed = false;
-  ReleasePointer();
-  Choose();
-  return true;
-}
-
-bool QRadio::EvKeyPress(int key, int x, int y)
-{
-  if (key != QKEY_SPACE || !HasFocus())
-    return QControl::EvKeyPress(key, x, y);
-  Choose();
-  return true;
-}
-
-void QRadio::Choose()
+void QRadio::Operate()
 {
   for (QWindow* w : app->GetWindowManager()->Windows())
     if (w != this && std::string_view(w->GetClassName()) == GetClassName()) {
@@ -104,9 +67,9 @@ void QRadio::Paint(const QRect*)
   cv.SetBlending(true);
   cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
   PaintDisc(cv, 1, y, DISC);
-  cv.SetColor(pressed ? PX_PRESSED : PX_DKTEAL);
+  cv.SetColor(IsPressed() ? PX_PRESSED : PX_DKTEAL);
   PaintDisc(cv, 2, y + 1, DISC - 2);
-  if (state) {
+  if (GetState()) {
     cv.SetColor(PX_WHITE);
     PaintDisc(cv, 4, y + 3, DISC - 6);
   }
