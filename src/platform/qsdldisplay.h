@@ -26,6 +26,7 @@ public:
   void SetIcon(int wid, int hgt, std::span<const uint32_t> rgba) override;
   QRect WindowRect() const override;
   QRect WorkArea() const override;
+  float Scale() const override { return scale; }
   void MoveWindow(int x, int y) override;
   void SizeWindow(int wid, int hgt) override;
   void RaiseWindow() override;
@@ -52,6 +53,7 @@ private:
   void Take(const SDL_Event& event);
 
   bool open = false;
+  float scale = 1;
   SDL_Window* window = nullptr;
   void* context = nullptr;
   SDL_Cursor* cursor = nullptr;

@@ -45,6 +45,9 @@ public:
   virtual void SetIcon(int wid, int hgt, std::span<const uint32_t> rgba) = 0; // rows from the top, red in byte 0
   virtual QRect WindowRect() const = 0; // on the screen, without the window system's frame
   virtual QRect WorkArea() const = 0;
+  // Device pixels to a pixel of the toolkit: 1, 1.5, 2 and so on. All positions and sizes here are in the toolkit's
+  // pixels; only what draws looks at the device's.
+  virtual float Scale() const = 0;
   virtual void MoveWindow(int x, int y) = 0;
   virtual void SizeWindow(int wid, int hgt) = 0;
   virtual void RaiseWindow() = 0;

@@ -22,6 +22,7 @@ public:
   void SetIcon(int, int, std::span<const uint32_t>) override {}
   QRect WindowRect() const override { return window.rect; }
   QRect WorkArea() const override { return workArea; }
+  float Scale() const override { return scale; }
   void MoveWindow(int x, int y) override;
   void SizeWindow(int wid, int hgt) override;
   void RaiseWindow() override {}
@@ -69,6 +70,7 @@ public:
 
   bool canOpen = true;
   QRect workArea{0, 0, 1280, 1024};
+  float scale = 1;
   int64_t now = 1000;
   int idleLimit = 100000;
   bool ranDry = false; // the idle limit was reached
