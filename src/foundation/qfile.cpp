@@ -109,6 +109,15 @@ bool ReadContent(const std::string& path, Content& content)
   return size >= 0;
 }
 
+// Of an open archive, for a file that the disk doesn't have; errno stays the disk's.
+bool ReadMember(const std::string& path, std::vector<std::byte>& content)
+{
+  const int reason = errno;
+  const bool good = reason == ENOENT && QFileHooks().archiveRead && QFileHooks().archiveRead(path, content);
+  errno = reason;
+  return good;
+}
+
 } // namespace
 
 std::FILE* qfopen(const char* path, const char* mode)
@@ -141,19 +150,18 @@ int QOpenFileCount()
 
 bool QReadFile(const std::string& path, std::vector<std::byte>& content, bool archives)
 {
-  if (archives && QFileHooks().archiveHas && QFileHooks().archiveHas(path) && QFileHooks().archiveRead)
-    return QFileHooks().archiveRead(path, content);
-  return ReadContent(path, content);
+  return ReadContent(path, content) || (archives && ReadMember(path, content));
 }
 
 bool QReadFile(const std::string& path, std::string& content, bool archives)
 {
   std::vector<std::byte> bytes;
-  if (!archives || !QFileHooks().archiveHas || !QFileHooks().archiveHas(path))
-    return ReadContent(path, content);
-  const bool good = QReadFile(path, bytes, archives);
+  if (ReadContent(path, content))
+    return true;
+  if (!archives || !ReadMember(path, bytes))
+    return false;
   content.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  return good;
+  return true;
 }
 
 bool QReadFile(const std::string& path, QBlock& block, size_t& size)
@@ -165,6 +173,13 @@ bool QReadFile(const std::string& path, QBlock& block, size_t& size)
   });
   size = have > 0 ? static_cast<size_t>(have) : 0;
   return have >= 0;
+}
+
+QFile::QFile(std::string_view name, std::vector<std::byte> bytes) :
+    mode(READ_BINARY | MEMORY), inMemory(true), content(std::move(bytes))
+{
+  const std::string owned(name);
+  SetName(owned.c_str());
 }
 
 QFile::QFile(std::string_view path, uint32_t fileMode) : mode(fileMode)

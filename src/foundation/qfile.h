@@ -21,7 +21,7 @@ bool qfclose(std::FILE* stream);
 int QOpenFileCount();
 
 // A whole regular file. False with errno set (ENOENT: it doesn't exist) and an empty content when it can't be read.
-// With archives an open archive that has a member of that name is asked first.
+// With archives a file that isn't on the disk may be a member of an open archive.
 [[nodiscard]] bool QReadFile(const std::string& path, std::vector<std::byte>& content, bool archives = false);
 [[nodiscard]] bool QReadFile(const std::string& path, std::string& content, bool archives = false);
 // The same into a block, for big files; size is the file's.
@@ -54,6 +54,8 @@ public:
   };
 
   explicit QFile(std::string_view path, uint32_t mode = READ_BINARY);
+  // A file that is nowhere but in memory; to be read.
+  QFile(std::string_view name, std::vector<std::byte> bytes);
   // Takes over a stream of qfopen and closes it in the end.
   QFile(std::string_view name, std::FILE* stream, uint32_t mode);
   ~QFile() override;

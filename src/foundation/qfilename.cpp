@@ -39,13 +39,11 @@ bool QFileExists(const std::string& path, bool archives)
 {
   if (path.empty())
     return false;
-  if (archives && QFileHooks().archiveHas && QFileHooks().archiveHas(path))
+  if (std::FILE* file = qfopen(path.c_str(), "rb")) {
+    qfclose(file);
     return true;
-  std::FILE* file = qfopen(path.c_str(), "rb");
-  if (!file)
-    return false;
-  qfclose(file);
-  return true;
+  }
+  return archives && QFileHooks().archiveHas && QFileHooks().archiveHas(path);
 }
 
 bool QDirectoryExists(const std::string& path)

@@ -1,3 +1,4 @@
+#include "fuzzing/archive.h"
 #include "fuzzing/eval.h"
 #include "fuzzing/info.h"
 #include "fuzzing/tga.h"
@@ -29,5 +30,5 @@ TEST_P(FuzzReplay, Corpus)
 
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay,
                          testing::Values(std::pair{"info", &FuzzInfo}, std::pair{"eval", &FuzzEval},
-                                         std::pair{"tga", &FuzzTga}),
+                                         std::pair{"tga", &FuzzTga}, std::pair{"archive", &FuzzArchive}),
                          [](const auto& one) { return one.param.first; });

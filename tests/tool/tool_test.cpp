@@ -80,6 +80,22 @@ TEST_F(Tool, Patterns)
   ExpectResult({"match", "", ""}, "true\n");
 }
 
+TEST_F(Tool, Archives)
+{
+  dir.Write("a.txt", "hello");
+  ExpectResult({"archive", "create", "x.ar"}, "");
+  ExpectResult({"archive", "add", "x.ar", "a.txt"}, "");
+  ExpectResult({"archive", "add", "x.ar", "a.txt", "../b.txt"}, "");
+  ExpectResult({"archive", "remove", "x.ar", "a.txt"}, "");
+  ExpectResult({"archive", "list", "x.ar"}, "[{\"name\":\"$.txt\",\"offset\":4,\"size\":0},"
+                                            "{\"name\":\"../b.txt\",\"offset\":15,\"size\":5}]\n");
+  ExpectResult({"archive", "extract", "x.ar", "../b.txt", "out.txt"}, "");
+  EXPECT_EQ("hello", FileText(dir.Path("out.txt")));
+  ExpectFailure({"archive", "extract", "x.ar", "../b.txt"}, "lies outside this directory");
+  ExpectFailure({"archive", "extract", "x.ar", "a.txt"}, "there is no a.txt in x.ar");
+  ExpectFailure({"archive", "add", "x.ar", "none"}, "there is no file none");
+}
+
 TEST_F(Tool, IniReadsByType)
 {
   dir.Write("a.ini", SAMPLE);
@@ -194,7 +210,7 @@ TEST_F(Tool, WrongUsageShowsTheUsageOfTheVerb)
     const char* usage;
   } cases[] = {{{}, "Usage: pavex-tool [OPTIONS]"},
                {{"bogus"}, "Usage: pavex-tool [OPTIONS]"},
-               {{"archive", "list", "a.ar"}, "Usage: pavex-tool [OPTIONS]"},
+               {{"sculpture", "list", "a.ar"}, "Usage: pavex-tool [OPTIONS]"},
                {{"--bogus", "eval", "1"}, "Usage: pavex-tool"},
                {{"--root"}, "Usage: pavex-tool [OPTIONS]"},
                {{"ini"}, "Usage: pavex-tool ini [OPTIONS]"},

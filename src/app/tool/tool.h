@@ -84,6 +84,7 @@ void ToolPrint(std::string_view text);
 void ToolProgress(const char* what, float done);
 
 // The groups.
+std::vector<ToolVerb> ToolArchiveVerbs();
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
 std::vector<ToolVerb> ToolModelVerbs();

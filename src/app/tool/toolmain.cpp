@@ -16,7 +16,7 @@ namespace {
 std::vector<ToolVerb> AllVerbs()
 {
   std::vector<ToolVerb> all;
-  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolModelVerbs, ToolTrackVerbs})
+  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolModelVerbs, ToolTrackVerbs})
     for (ToolVerb& verb : group())
       all.push_back(std::move(verb));
   return all;
@@ -29,7 +29,7 @@ const char* GroupHelp(std::string_view group)
   {
     std::string_view group;
     const char* help;
-  } helps[] = {{"ini", "Configuration trees"}, {"model", "Models"}, {"track", "Tracks"}};
+  } helps[] = {{"ini", "Configuration trees"}, {"archive", "Archives"}, {"model", "Models"}, {"track", "Tracks"}};
   for (const auto& h : helps)
     if (h.group == group)
       return h.help;
