@@ -2,10 +2,27 @@
 
 #include "ui/qapp.h"
 
+#include <algorithm>
 #include <utility>
 
+namespace {
+
+constexpr int CATCHABLE = 60; // pixels of the title bar that can't leave the shell, beside the close button
+
+// A dialog that its caller put partly outside the shell comes inside as far as it goes.
+QRect KeptInside(const QWindow* owner, QRect area)
+{
+  if (!owner)
+    return area;
+  area.x = std::clamp(area.x, 0, std::max(owner->rect.wid - area.wid, 0));
+  area.y = std::clamp(area.y, 0, std::max(owner->rect.hgt - area.hgt, 0));
+  return area;
+}
+
+} // namespace
+
 QDialog::QDialog(QWindow* owner, const QRect& area, std::string_view title, uint32_t wanted, bool closable) :
-    QWindow(owner, area), dialogFlags(wanted)
+    QWindow(owner, KeptInside(owner, area)), dialogFlags(wanted)
 {
   QWindowManager* wm = app->GetWindowManager();
   flags |= IS_DIALOG;
@@ -19,12 +36,19 @@ QDialog::QDialog(QWindow* owner, const QRect& area, std::string_view title, uint
 
 QDialog::~QDialog()
 {
+  *alive = false;
   QWindowManager* wm = app ? app->GetWindowManager() : nullptr;
   if (!wm)
     return;
-  if (dialogFlags & MODAL)
+  if (dragging)
+    wm->Grab(grabbedBefore && wm->Contains(grabbedBefore) ? grabbedBefore : nullptr);
+  // A dialog that was opened later and is still there stays the group.
+  const QWindow* group = wm->GetActiveGroup();
+  if (dialogFlags & MODAL && (!group || group == this))
     wm->EndModal(groupBefore);
-  wm->SetKeyboardFocus(focusBefore && wm->Contains(focusBefore) ? focusBefore : nullptr);
+  if (!wm->GetActiveGroup() || wm->GetActiveGroup() == groupBefore)
+    wm->SetKeyboardFocus(focusBefore && wm->Contains(focusBefore) ? focusBefore : nullptr);
+  wm->RequestPaint();
 }
 
 void QDialog::SetTitle(std::string_view title)
@@ -41,25 +65,39 @@ bool QDialog::EvExpose(int x, int y, int wid, int hgt)
 
 bool QDialog::EvButtonPress(int button, int, int)
 {
-  if (button != 1 || !(dialogFlags & MOVABLE))
+  if (button != 1 || dragging || !(dialogFlags & MOVABLE))
     return false;
   dragging = true;
-  dragX = app->GetEvent().xRoot;
-  dragY = app->GetEvent().yRoot;
+  const QRect root = RootRect();
+  holdX = app->GetEvent().xRoot - root.x;
+  holdY = app->GetEvent().yRoot - root.y;
   grabbedBefore = app->GetWindowManager()->GetGrabbed();
   app->GetWindowManager()->Grab(this);
   return true;
+}
+
+void QDialog::TellMoved(int dx, int dy)
+{
+  if (const auto callback = moveCallback)
+    callback(dx, dy, userData);
 }
 
 bool QDialog::EvMotionNotify(int, int)
 {
   if (!dragging)
     return false;
-  const int dx = app->GetMouseX() - std::exchange(dragX, app->GetMouseX());
-  const int dy = app->GetMouseY() - std::exchange(dragY, app->GetMouseY());
+  // What is left of the title bar in the shell must be enough to catch it again.
+  const QRect root = RootRect();
+  const QRect shell = app->GetShell() ? app->GetShell()->RootRect() : root;
+  const int keep = std::min(CATCHABLE, root.wid);
+  const int x = std::clamp(app->GetMouseX() - holdX, keep - root.wid, std::max(shell.wid - keep, keep - root.wid));
+  const int y = std::clamp(app->GetMouseY() - holdY, 0, std::max(shell.hgt - QTitleBar::HEIGHT, 0));
+  const int dx = x - root.x;
+  const int dy = y - root.y;
+  if (dx == 0 && dy == 0)
+    return true; // 0, 0 tells of the end
   Move(relPos.x + dx, relPos.y + dy);
-  if (moveCallback)
-    moveCallback(dx, dy, userData);
+  TellMoved(dx, dy);
   return true;
 }
 
@@ -70,22 +108,31 @@ bool QDialog::EvButtonRelease(int button, int, int)
   dragging = false;
   QWindowManager* wm = app->GetWindowManager();
   wm->Grab(grabbedBefore && wm->Contains(grabbedBefore) ? grabbedBefore : nullptr);
-  if (moveCallback)
-    moveCallback(0, 0, userData);
+  TellMoved(0, 0);
   return true;
+}
+
+bool QDialog::IsRelease(const QEvent& event)
+{
+  return event.type == QEvent::KEYRELEASE || event.type == QEvent::BUTTONRELEASE || event.type == QEvent::APPFOCUS;
 }
 
 int QDialog::RunModal(const std::function<void(QEvent*)>& filter, const int& result)
 {
+  const std::shared_ptr<bool> there = alive;
+  std::function<bool(QEvent*)> before;
   // The event goes on to the window manager, but for the closing of the main window: that ends the dialog alone.
-  auto before = app->SetEventProc([&filter](QEvent* event) {
-    filter(event);
+  before = app->SetEventProc([&filter, &before, there](QEvent* event) {
+    if (IsRelease(*event) && before)
+      before(event);
+    if (*there)
+      filter(event);
     return event->type == QEvent::CLOSE;
   });
-  while (result == -1 && !app->hasExited)
+  while (*there && result == -1 && !app->hasExited)
     app->Run1();
   app->SetEventProc(std::move(before));
-  return result;
+  return *there ? result : 2;
 }
 
 void QDialog::Paint(const QRect*)

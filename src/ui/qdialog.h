@@ -28,19 +28,24 @@ public:
   virtual void SetTitle(std::string_view title);
   std::string GetTitle() const { return titleBar->GetText(); }
 
-  // Told of each step of dragging by its difference, and by 0, 0 of its end.
+  // Told of each step of dragging by its difference, and by 0, 0 of its end. It may delete the dialog.
   std::function<void(int dx, int dy, void* userData)> moveCallback;
 
 protected:
-  // Runs the loop, with the filter in place of the application's event procedure, until the result isn't -1.
+  // What the application hears of in spite of a dialog: it keeps track of what is held down.
+  static bool IsRelease(const QEvent& event);
+  // Runs the loop, with the filter in place of the application's event procedure, until the result isn't -1. 2 when a
+  // handler has deleted the dialog meanwhile: the caller must not touch it then.
   int RunModal(const std::function<void(QEvent*)>& filter, const int& result);
 
 private:
+  void TellMoved(int dx, int dy);
   uint32_t dialogFlags;
   QWindow* groupBefore = nullptr;
   QWindow* focusBefore = nullptr;
   QWindow* grabbedBefore = nullptr;
   bool dragging = false;
-  int dragX = 0, dragY = 0;
+  int holdX = 0, holdY = 0; // where the dialog is held while dragging, from its corner
+  std::shared_ptr<bool> alive = std::make_shared<bool>(true);
   std::unique_ptr<QTitleBar> titleBar;
 };

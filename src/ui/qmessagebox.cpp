@@ -1,33 +1,17 @@
 #include "ui/qmessagebox.h"
 
 #include "ui/qapp.h"
-#include "ui/qfont.h"
 #include "ui/qstringdialog.h"
 #include "ui/qtextdialog.h"
-#include "ui/qtextfit.h"
 
 #include <algorithm>
-
-namespace {
-
-// As high as the message needs to stand clear of the buttons.
-QRect GrownFor(QRect area, std::string_view text)
-{
-  const QFont& font = *app->GetSystemFont();
-  const std::string lines = QWrapText(font, text, area.wid - 20, true);
-  const int height = static_cast<int>(font.GetHeight(lines.c_str()));
-  area.hgt = std::max(area.hgt, 48 + height + 48);
-  return area;
-}
-
-} // namespace
 
 int QMessageBox(std::string_view title, std::string_view text, int style, const QRect* pos, const char* okText,
                 const char* cancelText)
 {
   if (!app || !app->GetShell())
     return 2;
-  const QRect area = GrownFor(pos ? *pos : QRect{100, 150, 300, 160}, text);
+  const QRect area = pos ? *pos : QRect{100, 150, 300, 160};
   QTextDialog dialog(app->GetShell(), area, title, text, style);
   if (okText)
     dialog.GetOk().SetText(okText);

@@ -1,6 +1,8 @@
 #include "ui/qprogressdialog.h"
 
 #include "ui/qapp.h"
+#include "ui/qfont.h"
+#include "ui/qtext.h"
 
 #include <algorithm>
 
@@ -19,10 +21,10 @@ QRect BarRect(const QRect& area, uint32_t flags)
 
 } // namespace
 
-QProgressDialog::QProgressDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view text,
+QProgressDialog::QProgressDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view newText,
                                  uint32_t wanted) :
     QDialog(owner, area, title, MOVABLE | MODAL, !(wanted & NO_CANCEL)),
-    label(this, {10, 36, area.wid - 20, 20}, text), bar(this, BarRect(area, wanted)),
+    label(this, {10, 36, area.wid - 20, 20}, {}), bar(this, BarRect(area, wanted)),
     timerStart(app->GetDisplay().Clock())
 {
   if (!(wanted & NO_CANCEL)) {
@@ -31,19 +33,42 @@ QProgressDialog::QProgressDialog(QWindow* owner, const QRect& area, std::string_
         app->GetText("misc.cancel", "Cancel"));
     cancel->SetShortcut(QKEY_ESC);
   }
+  SetText(newText);
   SetProgress(0, 100);
   app->GetWindowManager()->SetKeyboardFocus(cancel ? static_cast<QWindow*>(cancel.get()) : this);
+  procedureBefore = app->SetEventProc([this](QEvent* event) {
+    if (QDialog::IsRelease(*event) && procedureBefore)
+      procedureBefore(event);
+    Filter(*event);
+    return true;
+  });
 }
 
-bool QProgressDialog::Event(QEvent* event)
+QProgressDialog::~QProgressDialog()
 {
-  if ((event->type == QEvent::CLICK && cancel && event->win == cancel.get()) ||
-      (event->type == QEvent::CLOSE && cancel)) {
+  if (app)
+    app->SetEventProc(std::move(procedureBefore));
+}
+
+void QProgressDialog::Filter(const QEvent& event)
+{
+  const bool escape = event.type == QEvent::KEYPRESS && QKeyOf(event.n) == QKEY_ESC;
+  const bool clicked = event.type == QEvent::CLICK && event.win == cancel.get();
+  if (cancel && (escape || clicked || event.type == QEvent::CLOSE))
     cancelled = true;
-    return true;
+}
+
+void QProgressDialog::SetText(std::string_view newText)
+{
+  text = newText;
+  const QFont& font = *label.GetFont();
+  const auto wid = static_cast<float>(label.rect.wid);
+  std::string shown = text;
+  for (size_t from = 0; font.GetWidth(shown) > wid && from < text.size();) {
+    QNextChar(text, from);
+    shown = "..." + text.substr(from);
   }
-  // The operation isn't done: no key may start another one.
-  return QDialog::Event(event) || event->type == QEvent::KEYPRESS || event->type == QEvent::CLOSE;
+  label.SetText(shown);
 }
 
 void QProgressDialog::SetProgress(int value, int total)
@@ -58,8 +83,8 @@ bool QProgressDialog::Poll()
   app->RunPoll();
   if (const int64_t now = app->GetDisplay().Clock(); now - timerStart >= interval) {
     timerStart = now;
-    if (callback)
-      callback();
+    if (const auto procedure = callback)
+      procedure();
     else
       app->PaintIfWanted();
   }

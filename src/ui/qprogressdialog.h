@@ -4,7 +4,8 @@
 #include "ui/qlabel.h"
 #include "ui/qprogress.h"
 
-// Follows a long operation. The operation keeps its own loop and calls Poll in it.
+// Follows a long operation. The operation keeps its own loop and calls Poll in it. While the dialog lives the
+// application's event procedure hears of nothing but releases: no key may start another operation.
 class QProgressDialog : public QDialog
 {
 public:
@@ -14,10 +15,11 @@ public:
   };
   QProgressDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view text, uint32_t flags = 0);
   const char* GetClassName() const override { return "QProgressDialog"; }
-  bool Event(QEvent* event) override;
+  ~QProgressDialog() override;
   void SetProgress(int value, int total); // shows the percentage too
-  std::string GetText() const override { return label.GetText(); }
-  void SetText(std::string_view text) override { label.SetText(text); }
+  std::string GetText() const override { return text; }
+  // One line; of a text that is too long for it, such as a path, the end is shown.
+  void SetText(std::string_view newText) override;
   // Handles what is waiting; every interval the callback. False once cancelled.
   bool Poll();
   bool IsCancelled() const { return cancelled; }
@@ -27,10 +29,13 @@ public:
   QButton* GetCancel() { return cancel.get(); } // null with NO_CANCEL
 
 private:
+  void Filter(const QEvent& event);
+  std::string text;
   QLabel label;
   QProgress bar;
   std::unique_ptr<QButton> cancel;
   std::function<void()> callback;
+  std::function<bool(QEvent*)> procedureBefore;
   int interval = 100;
   int64_t timerStart;
   bool cancelled = false;

@@ -17,6 +17,12 @@ int LineHeight(int lines)
   return std::max(static_cast<int>(font->GetHeight()), 12);
 }
 
+// In a narrow dialog the two share what there is.
+int ButtonWid(int wid)
+{
+  return std::min(100, (wid - 30) / 2);
+}
+
 int PromptHeight(int wid, std::string_view prompt)
 {
   const QFont& font = *app->GetSystemFont();
@@ -45,8 +51,9 @@ QStringDialog::QStringDialog(QWindow* owner, const QRect& area, std::string_view
          {10, EditY(area.wid, prompt), area.wid - 20,
           std::max(area.hgt - EditY(area.wid, prompt) - BUTTON_ROOM - 10, LineHeight(lines) + 8)},
          static_cast<size_t>(std::max(maxLen, 0)), single ? 0u : static_cast<uint32_t>(QEdit::MULTILINE), text),
-    ok(this, {10, area.hgt - BUTTON_ROOM, 100, 40}, app->GetText("misc.ok", "OK")),
-    cancel(this, {area.wid - 110, area.hgt - BUTTON_ROOM, 100, 40}, app->GetText("misc.cancel", "Cancel"))
+    ok(this, {10, area.hgt - BUTTON_ROOM, ButtonWid(area.wid), 40}, app->GetText("misc.ok", "OK")),
+    cancel(this, {area.wid - 10 - ButtonWid(area.wid), area.hgt - BUTTON_ROOM, ButtonWid(area.wid), 40},
+           app->GetText("misc.cancel", "Cancel"))
 {
   if (!single)
     edit.SetFont(app->GetSystemMonoFont());
@@ -57,9 +64,12 @@ QStringDialog::QStringDialog(QWindow* owner, const QRect& area, std::string_view
 void QStringDialog::Filter(QEvent* event)
 {
   const int key = event->type == QEvent::KEYPRESS ? QKeyOf(event->n) : 0;
-  if (event->type == QEvent::CLOSE || (event->type == QEvent::CLICK && event->win == &cancel))
+  // In several lines Enter comes here from a button alone.
+  const bool enter = key == QKEY_ENTER && event->win != &edit;
+  if (event->type == QEvent::CLOSE || (event->type == QEvent::CLICK && event->win == &cancel) ||
+      (enter && event->win == &cancel))
     result = 2;
-  else if ((event->type == QEvent::CLICK && event->win == &ok) || (single && (key == QKEY_ENTER || key == 300)))
+  else if ((event->type == QEvent::CLICK && event->win == &ok) || enter || (single && key == QKEY_ENTER) || key == 300)
     result = 1;
 }
 

@@ -1,11 +1,48 @@
 #include "ui/qtextdialog.h"
 
 #include "ui/qapp.h"
+#include "ui/qfont.h"
+#include "ui/qtextfit.h"
+
+#include <algorithm>
+#include <sstream>
 
 namespace {
 
 constexpr int BUTTON_WID = 100;
 constexpr int BUTTON_HGT = 35;
+
+constexpr int TEXT_Y = 48;
+constexpr int TEXT_MARGIN = 10;
+constexpr int BUTTON_ROOM = 48; // from the text's end to the lower edge
+constexpr int MOST_LINES = 10;  // of a label
+constexpr size_t MOST_BYTES = 1000;
+
+std::string Wrapped(std::string_view text, int wid)
+{
+  return QWrapText(*app->GetSystemFont(), text, wid - 2 * TEXT_MARGIN, true);
+}
+
+int LineCount(const std::string& lines)
+{
+  return 1 + static_cast<int>(std::count(lines.begin(), lines.end(), '\n'));
+}
+
+// As wide and high as the message needs to stand clear of the buttons, within the owner.
+QRect GrownFor(const QWindow* owner, QRect area, std::string_view text)
+{
+  const int widest = std::max(owner ? owner->rect.wid - 40 : area.wid, area.wid);
+  std::string lines = Wrapped(text, area.wid);
+  while (LineCount(lines) > MOST_LINES && area.wid < widest) {
+    area.wid = std::min(area.wid + 50, widest);
+    lines = Wrapped(text, area.wid);
+  }
+  const int height = static_cast<int>(app->GetSystemFont()->GetHeight(lines.c_str()));
+  area.hgt = std::max(area.hgt, TEXT_Y + height + BUTTON_ROOM);
+  if (owner)
+    area.hgt = std::min(area.hgt, std::max(owner->rect.hgt - 40, 2 * BUTTON_ROOM + TEXT_Y));
+  return area;
+}
 
 QRect OkRect(const QRect& area, int style)
 {
@@ -16,15 +53,50 @@ QRect OkRect(const QRect& area, int style)
 } // namespace
 
 QTextDialog::QTextDialog(QWindow* owner, const QRect& area, std::string_view title, std::string_view text, int style) :
-    QDialog(owner, area, title), label(this, {10, 48, area.wid - 20, area.hgt - 48 - 44}, text),
-    ok(this, OkRect(area, style), app->GetText("misc.ok", "OK"))
+    QDialog(owner, GrownFor(owner, area, text), title), message(text),
+    ok(this, OkRect(rect, style), app->GetText("misc.ok", "OK"))
 {
+  AddLabels();
   ok.SetShortcut(QKEY_ENTER);
   if (style == OK_ONLY)
     return;
-  cancel = std::make_unique<QButton>(this, QRect{area.wid - 110, area.hgt - 40, BUTTON_WID, BUTTON_HGT},
+  cancel = std::make_unique<QButton>(this, QRect{rect.wid - 110, rect.hgt - 40, BUTTON_WID, BUTTON_HGT},
                                      app->GetText("misc.cancel", "Cancel"));
   cancel->SetShortcut(QKEY_ESC);
+}
+
+// A label takes a limited text; what is longer goes into several, and what even the whole window can't hold ends in
+// dots.
+void QTextDialog::AddLabels()
+{
+  const int wid = rect.wid - 2 * TEXT_MARGIN;
+  const int room = rect.hgt - TEXT_Y - BUTTON_ROOM;
+  std::string lines = Wrapped(message, rect.wid);
+  if (LineCount(lines) <= MOST_LINES && lines.size() <= MOST_BYTES) {
+    labels.push_back(std::make_unique<QLabel>(this, QRect{TEXT_MARGIN, TEXT_Y, wid, room}, message));
+    return;
+  }
+  const int height = std::max(static_cast<int>(app->GetSystemFont()->GetHeight()), 1);
+  int y = TEXT_Y;
+  std::istringstream source(lines);
+  std::string block, line;
+  int count = 0;
+  const auto add = [&] {
+    labels.push_back(std::make_unique<QLabel>(this, QRect{TEXT_MARGIN, y, wid, count * height}, block));
+    y += count * height;
+    count = 0;
+    block.clear();
+  };
+  while (std::getline(source, line)) {
+    const bool last = y + (count + 2) * height > TEXT_Y + room && source.peek() != EOF;
+    block += (count++ > 0 ? "\n" : "") + (last ? "..." : line);
+    if (count == MOST_LINES || block.size() + line.size() > MOST_BYTES || last)
+      add();
+    if (last)
+      return;
+  }
+  if (count > 0)
+    add();
 }
 
 void QTextDialog::Filter(QEvent* event)

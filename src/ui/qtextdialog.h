@@ -3,7 +3,10 @@
 #include "ui/qdialog.h"
 #include "ui/qlabel.h"
 
-// A message with OK, or OK and Cancel.
+#include <string>
+#include <vector>
+
+// A message with OK, or OK and Cancel. It gets wider and higher than the given area when the message needs it.
 class QTextDialog : public QDialog
 {
 public:
@@ -16,14 +19,15 @@ public:
   const char* GetClassName() const override { return "QTextDialog"; }
   // 1: OK, 2: Cancel or closed.
   int Execute() override;
-  std::string GetText() const override { return label.GetText(); } // the message
-  void SetText(std::string_view text) override { label.SetText(text); }
+  std::string GetText() const override { return message; }
   QButton& GetOk() { return ok; }
   QButton* GetCancel() { return cancel.get(); } // null with OK_ONLY
 
 private:
   void Filter(QEvent* event);
-  QLabel label;
+  void AddLabels();
+  std::string message;
+  std::vector<std::unique_ptr<QLabel>> labels; // one, but for a very long message
   QButton ok;
   std::unique_ptr<QButton> cancel;
   int result = -1;

@@ -66,7 +66,8 @@ void QTitleBar::Paint(const QRect*)
 {
   if (!IsVisible())
     return;
-  QFont* f = GetFont();
+  const int room = rect.wid - 8 - (closeButton ? 28 : 8);
+  QFont* f = GetFont()->FittingFont(text, room);
   cv.Begin();
   cv.SetBlending(true);
   const QColor left(39, 73, 78), right(68, 126, 142);
@@ -74,7 +75,7 @@ void QTitleBar::Paint(const QRect*)
   cv.SetColor(PX_FOCUS, 90);
   cv.Rectfill(0, rect.hgt - 1, rect.wid, 1);
   cv.SetFont(f);
-  cv.SetClipRect(0, 0, rect.wid - 28, rect.hgt);
+  cv.SetClipRect(0, 0, 8 + room, rect.hgt);
   cv.SetColor(PX_WHITE);
   cv.Text(text, 8, (rect.hgt - static_cast<int>(f->GetHeight())) / 2);
   cv.DisableClipping();
