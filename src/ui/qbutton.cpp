@@ -35,7 +35,8 @@ bool QButton::EvButtonPress(int button, int, int)
 {
   if (button != 1 || !(buttonFlags & MOUSE))
     return false;
-  app->GetWindowManager()->SetKeyboardFocus(this);
+  TakeFocus();
+  heldKey = 0;
   state = PRESSED;
   Invalidate();
   GrabPointer();
@@ -44,7 +45,7 @@ bool QButton::EvButtonPress(int button, int, int)
 
 bool QButton::EvMotionNotify(int x, int y)
 {
-  if (state == UP)
+  if (state == UP || heldKey != 0)
     return false;
   const State now = IsInside(x, y) ? PRESSED : PRESSED_OUTSIDE;
   if (now != state) {
@@ -56,7 +57,7 @@ bool QButton::EvMotionNotify(int x, int y)
 
 bool QButton::EvButtonRelease(int button, int x, int y)
 {
-  if (button != 1 || state == UP)
+  if (button != 1 || state == UP || heldKey != 0)
     return false;
   state = UP;
   Invalidate();
@@ -92,10 +93,36 @@ void QButton::Press()
 
 bool QButton::EvKeyPress(int key, int x, int y)
 {
-  if (shortcut == 0 || key != shortcut)
+  if (shortcut != 0 && key == shortcut) {
+    Press();
+    return !(buttonFlags & SHORTCUT_PASSES);
+  }
+  if ((key != QKEY_SPACE && key != QKEY_ENTER) || !TakesKeys() || (state != UP && heldKey == 0))
     return QControl::EvKeyPress(key, x, y);
-  Press();
-  return !(buttonFlags & SHORTCUT_PASSES);
+  heldKey = key; // a held key repeats, and is one press all the same
+  state = PRESSED;
+  Invalidate();
+  return true;
+}
+
+bool QButton::EvKeyRelease(int key, int x, int y)
+{
+  if (heldKey == 0 || QKeyOf(key) != heldKey)
+    return QControl::EvKeyRelease(key, x, y);
+  heldKey = 0;
+  state = UP;
+  Invalidate();
+  SendClick();
+  return true;
+}
+
+bool QButton::EvFocusOut(QEvent* event)
+{
+  if (heldKey != 0) {
+    heldKey = 0;
+    state = UP;
+  }
+  return QControl::EvFocusOut(event);
 }
 
 void QButton::Paint(const QRect*)
@@ -136,17 +163,16 @@ void QButton::PaintFace(const QRect& face, bool pressed)
     if (pressed)
       cv.SetColor(PX_PRESSED);
     else
-      cv.SetColor(PX_FACE, IsEnabled() ? 200 : 96);
+      cv.SetColor(PX_FACE, !IsEnabled() ? 96 : IsHot() ? 255 : 200);
     cv.Rectfill(inner);
   }
   cv.SetColor(PX_FACE, 128);
   cv.Rectangle(face);
   if (!(buttonFlags & (NO_FACE | SQUARE))) {
-    const QColor light(255, 255, 255, 70), dark(0, 0, 0, 110);
-    cv.Edges(inner, pressed ? dark : light, pressed ? light : dark);
+    cv.Edges(inner, pressed ? colors.shadow : colors.shine, pressed ? colors.shine : colors.shadow);
   }
-  if (HasFocus() || buttonFlags & HIGHLIGHT) {
-    cv.SetColor(PX_FOCUS);
+  if (HasFocus() || buttonFlags & HIGHLIGHT || IsHot()) {
+    cv.SetColor(PX_FOCUS, HasFocus() || buttonFlags & HIGHLIGHT ? 255 : 110);
     cv.Rectangle(face);
   }
 }
@@ -156,14 +182,16 @@ void QButton::PaintCaption(const QRect& face, int offset)
   const QRect room{face.x + 5 + offset, face.y + offset, face.wid - 10, face.hgt};
   const int alpha = IsEnabled() ? 255 : 110;
   cv.SetBlending(true);
-  cv.SetColor(textColor.GetR(), textColor.GetG(), textColor.GetB(), alpha);
+  cv.SetColor(colors.text.GetR(), colors.text.GetG(), colors.text.GetB(), alpha);
   if (text.starts_with('$') && QPaintArrow(cv, text, room))
     return;
   const QFittedText fitted = QFitText(*GetFont(), text, room.wid, room.hgt);
   cv.SetFont(fitted.font);
   const QColor color = cv.GetColor();
-  cv.SetColor(0, 0, 0, alpha / 2);
-  cv.TextML(fitted.lines, {room.x + 1, room.y + 1, room.wid, room.hgt});
+  if (color.GetR() + color.GetG() + color.GetB() > 384) { // under light letters only
+    cv.SetColor(0, 0, 0, alpha / 2);
+    cv.TextML(fitted.lines, {room.x + 1, room.y + 1, room.wid, room.hgt});
+  }
   cv.SetColor(color);
   cv.TextML(fitted.lines, room);
 }

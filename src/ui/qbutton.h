@@ -1,8 +1,9 @@
 #pragma once
 
+#include "foundation/qstring.h"
 #include "ui/qcontrol.h"
 
-#include <array>
+#include <concepts>
 
 class DTexture;
 
@@ -27,14 +28,24 @@ public:
     PRESSED_OUTSIDE
   };
 
+  // The interface's look: white on teal.
   QButton(QWindow* owner, const QRect& area, std::string_view caption);
+  // A quieter look, in black and greys.
+  template <std::same_as<qstring> S>
+  QButton(QWindow* owner, const QRect& area, const S& caption) : QButton(owner, area, caption.View())
+  {
+    colors = {{0, 0, 0}, {128, 128, 128}, {224, 224, 224}};
+  }
   const char* GetClassName() const override { return "QButton"; }
   void Paint(const QRect* r = nullptr) override;
   bool Event(QEvent* event) override;
   bool EvButtonPress(int button, int x, int y) override;
   bool EvButtonRelease(int button, int x, int y) override;
   bool EvKeyPress(int key, int x, int y) override;
+  // Space and enter press the button that has the focus.
+  bool EvKeyRelease(int key, int x, int y) override;
   bool EvMotionNotify(int x, int y) override;
+  bool EvFocusOut(QEvent* event) override;
 
   // A key code with modifiers; 0: none. It works without the focus.
   void SetShortcut(int key);
@@ -47,7 +58,15 @@ public:
 
   uint32_t buttonFlags = MOUSE;
   int eventType = QEvent::CLICK; // KEYPRESS: sends its shortcut as a key press
-  QColor textColor{255, 255, 255};
+  struct Colors
+  {
+    QColor text{255, 255, 255};
+    QColor shadow{255, 255, 255, 28}; // the bevel's lower edges
+    QColor shine{255, 255, 255, 84};  // and its upper ones
+  } colors;
+
+protected:
+  void PaintCaption(const QRect& face, int offset);
 
 private:
   struct Picture
@@ -57,10 +76,10 @@ private:
   };
   void SendClick();
   void PaintFace(const QRect& face, bool down);
-  void PaintCaption(const QRect& face, int offset);
   bool PaintPicture(const Picture& picture);
 
   State state = UP;
   int shortcut = 0;
+  int heldKey = 0; // that pressed it and hasn't been let go
   Picture up, down;
 };

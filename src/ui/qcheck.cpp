@@ -34,7 +34,7 @@ void QCheck::Paint(const QRect*)
   cv.SetBlending(true);
   cv.SetColor(GetState() ? PX_OVERLAY : PX_DKTEAL, IsPressed() ? 160 : 255);
   cv.Rectfill(box);
-  cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
+  SetEdgeColor();
   cv.Rectangle(box);
   const QFittedText fitted = QFitText(*GetFont(), text, rect.wid - 26, h);
   cv.SetFont(fitted.font);

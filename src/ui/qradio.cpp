@@ -65,7 +65,7 @@ void QRadio::Paint(const QRect*)
   const int y = (rect.hgt - DISC) / 2;
   cv.Begin();
   cv.SetBlending(true);
-  cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
+  SetEdgeColor();
   PaintDisc(cv, 1, y, DISC);
   cv.SetColor(IsPressed() ? PX_PRESSED : PX_DKTEAL);
   PaintDisc(cv, 2, y + 1, DISC - 2);

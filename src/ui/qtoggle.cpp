@@ -10,11 +10,21 @@ void QToggle::SetState(bool on)
   Invalidate();
 }
 
+void QToggle::SetEdgeColor()
+{
+  if (!IsEnabled())
+    cv.SetColor(PX_FACE, 128);
+  else if (HasFocus())
+    cv.SetColor(PX_FOCUS);
+  else
+    cv.SetColor(IsHot() ? PX_PALETEAL : PX_FACE, 255);
+}
+
 bool QToggle::EvButtonPress(int button, int, int)
 {
   if (button != 1)
     return false;
-  app->GetWindowManager()->SetKeyboardFocus(this);
+  TakeFocus();
   pressed = true;
   GrabPointer();
   Invalidate();
@@ -34,7 +44,7 @@ bool QToggle::EvButtonRelease(int button, int, int)
 
 bool QToggle::EvKeyPress(int key, int x, int y)
 {
-  if (key != QKEY_SPACE || !HasFocus())
+  if (key != QKEY_SPACE || !TakesKeys())
     return QControl::EvKeyPress(key, x, y);
   Operate();
   return true;

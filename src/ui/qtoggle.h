@@ -19,6 +19,8 @@ protected:
   {}
   virtual void Operate() = 0;
   bool IsPressed() const { return pressed; }
+  // The edge of the box or disc.
+  void SetEdgeColor();
 
 private:
   bool state;
