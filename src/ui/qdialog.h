@@ -32,6 +32,7 @@ public:
   std::function<void(int dx, int dy, void* userData)> moveCallback;
 
 protected:
+  void HideTitleBar() { titleBar->Hide(); }
   // What the application hears of in spite of a dialog: it keeps track of what is held down.
   static bool IsRelease(const QEvent& event);
   // Runs the loop, with the filter in place of the application's event procedure, until the result isn't -1. 2 when a

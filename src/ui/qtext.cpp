@@ -19,7 +19,27 @@ int SequenceLength(std::string_view text, size_t at)
   return length;
 }
 
+// Without regard to case, for the alphabets whose two halves lie a fixed step apart.
+char32_t Folded(char32_t c)
+{
+  if ((c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7) || (c >= 0x391 && c <= 0x3AB) ||
+      (c >= 0x410 && c <= 0x42F))
+    return c + 32;
+  if (c >= 0x400 && c <= 0x40F)
+    return c + 80;
+  return c >= 0x100 && c < 0x180 && c % 2 == 0 ? c + 1 : c;
+}
+
 } // namespace
+
+bool QBeginsWith(std::string_view text, std::string_view beginning)
+{
+  size_t at = 0;
+  for (size_t i = 0; i < beginning.size();)
+    if (at >= text.size() || Folded(QNextChar(text, at)) != Folded(QNextChar(beginning, i)))
+      return false;
+  return true;
+}
 
 char32_t QNextChar(std::string_view text, size_t& at)
 {

@@ -54,6 +54,24 @@ std::string QWrapText(const QFont& font, std::string_view text, int wid, bool br
   return out;
 }
 
+std::string QCutText(const QFont& font, std::string_view text, int wid)
+{
+  const auto room = static_cast<float>(wid);
+  if (font.GetWidth(text) <= room)
+    return std::string(text);
+  constexpr std::string_view DOTS = "...";
+  const float dots = font.GetWidth(DOTS);
+  size_t kept = 0;
+  float width = 0;
+  for (size_t next = 0; next < text.size(); kept = next) {
+    QNextChar(text, next);
+    width += font.GetWidth(text.substr(kept, next - kept));
+    if (width + dots > room)
+      break;
+  }
+  return std::string(text.substr(0, kept)) + std::string(DOTS);
+}
+
 QFittedText QFitText(QFont& font, std::string_view text, int wid, int hgt)
 {
   constexpr int READABLE = 8; // points

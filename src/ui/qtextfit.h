@@ -9,6 +9,9 @@ class QFont;
 // itself, such as a path, stays whole, or is broken where it must be.
 std::string QWrapText(const QFont& font, std::string_view text, int wid, bool breakWords = false);
 
+// As much of the text as the width in pixels holds, with "..." behind it when that isn't all.
+std::string QCutText(const QFont& font, std::string_view text, int wid);
+
 // How a text goes into a room without being cut: as it is, in a somewhat smaller form of the font, in two lines, or
 // very small.
 struct QFittedText

@@ -30,6 +30,7 @@ public:
     NO_CLEAR = 0x0400,
     IS_DIALOG = 0x0800,
     NO_RESIZE = 0x1000,
+    POPUP = 0x10000, // a dialog that a press outside of it closes
   };
   static constexpr uint32_t CATCH_KEYS = 0x08; // of catchKeys: all key presses
 

@@ -138,8 +138,11 @@ bool QWindowManager::ProcessEvent(QEvent* event)
   // The application mustn't act on what was meant for a window behind a dialog either.
   QWindow* held = event->IsPointer() ? grabbed : event->IsKey() ? focus : nullptr;
   const bool heldTakesPart = held && IsInActiveGroup(held) && held->IsVisible() && held->IsEnabled();
-  if (IsDemand(event->type) && !heldTakesPart && !IsInActiveGroup(event->win))
+  if (IsDemand(event->type) && !heldTakesPart && !IsInActiveGroup(event->win)) {
+    if (event->type == QEvent::BUTTONPRESS && activeGroup->flags & QWindow::POPUP)
+      activeGroup->SendEvent(QEvent::CLOSE);
     return true;
+  }
 
   std::vector<const QWindow*> offered;
   // Who wants to leave the program leaves the dialog first.
