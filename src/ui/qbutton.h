@@ -34,7 +34,7 @@ public:
   template <std::same_as<qstring> S>
   QButton(QWindow* owner, const QRect& area, const S& caption) : QButton(owner, area, caption.View())
   {
-    colors = {{0, 0, 0}, {128, 128, 128}, {224, 224, 224}};
+    colors = {{0, 0, 0}, {128, 128, 128}, {224, 224, 224, 190}};
   }
   const char* GetClassName() const override { return "QButton"; }
   void Paint(const QRect* r = nullptr) override;

@@ -32,7 +32,7 @@ void QCheck::Paint(const QRect*)
   const int boxHgt = std::min(h - 10, 12);
   const QRect box{3, 4 + (h - 10 - boxHgt) / 2, boxWid, boxHgt};
   cv.SetBlending(true);
-  cv.SetColor(GetState() ? PX_OVERLAY : PX_DKTEAL, IsPressed() ? 160 : 255);
+  cv.SetColor(GetState() ? PX_OVERLAY : PX_DKTEAL, IsPressed() ? 160 : IsEnabled() ? 255 : 110);
   cv.Rectfill(box);
   SetEdgeColor();
   cv.Rectangle(box);

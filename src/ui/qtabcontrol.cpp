@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int HEAD_MIN_WID = 60, HEAD_PADDING = 10;
+constexpr int HEAD_MIN_WID = 60, HEAD_PADDING = 10, HEAD_MIN_PADDING = 6;
 
 bool IsOn(const QWindow* w, const QWindow* page)
 {
@@ -108,21 +108,29 @@ QTabPage& QTabControl::AddPage(std::string_view title)
   return page;
 }
 
-int QTabControl::HeadWidth(int i) const
+int QTabControl::TextWidth(int i) const
 {
-  const float wid = GetFont()->GetWidth(tabs[static_cast<size_t>(i)].caption);
-  return std::max(HEAD_MIN_WID, static_cast<int>(std::ceil(wid)) + 2 * HEAD_PADDING);
+  return static_cast<int>(std::ceil(GetFont()->GetWidth(tabs[static_cast<size_t>(i)].caption)));
 }
 
-// As wide as their texts, or all alike when that is too much; then the texts make do.
+// As wide as their texts. Where that is too much they first lose air, and at last are all alike; then the texts make
+// do.
 void QTabControl::PlaceHeads()
 {
-  int total = 0;
-  for (int i = 0; i < GetPageCount(); ++i)
-    total += HeadWidth(i);
+  const int count = GetPageCount();
+  int texts = 0, wanted = 0;
+  for (int i = 0; i < count; ++i) {
+    texts += TextWidth(i);
+    wanted += std::max(HEAD_MIN_WID, TextWidth(i) + 2 * HEAD_PADDING);
+  }
+  const int padding = std::min((rect.wid - texts) / (2 * count), HEAD_PADDING);
   int x = 0;
-  for (int i = 0; i < GetPageCount(); ++i) {
-    const int next = total <= rect.wid ? x + HeadWidth(i) : rect.wid * (i + 1) / GetPageCount();
+  for (int i = 0; i < count; ++i) {
+    int next = rect.wid * (i + 1) / count;
+    if (wanted <= rect.wid)
+      next = x + std::max(HEAD_MIN_WID, TextWidth(i) + 2 * HEAD_PADDING);
+    else if (padding >= HEAD_MIN_PADDING)
+      next = x + TextWidth(i) + 2 * padding;
     Head& head = *tabs[static_cast<size_t>(i)].head;
     head.Size(next - x, HEAD_HGT);
     head.Move(x, 0);

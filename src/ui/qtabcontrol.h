@@ -66,7 +66,7 @@ private:
     bool active = false;
   };
   bool HasTab(int i) const { return i >= 0 && i < GetPageCount(); }
-  int HeadWidth(int i) const;
+  int TextWidth(int i) const;
   void PlaceHeads();
   void Turn(int step, bool focusHead);
   void LeavePage(const Tab& tab);
