@@ -73,7 +73,9 @@ void XDriver::Type(const std::string& text)
 
 void XDriver::MoveTo(int x, int y)
 {
-  const auto device = [&](int at) { return std::to_string(std::lround(static_cast<float>(at) * application.GetDisplay().Scale())); };
+  const auto device = [&](int at) {
+    return std::to_string(std::lround(static_cast<float>(at) * application.GetDisplay().Scale()));
+  };
   Do("mousemove --window " + window + " " + device(x) + " " + device(y));
 }
 
