@@ -4,6 +4,7 @@
 #include "ui/qlabel.h"
 #include "ui/qprogress.h"
 #include "ui/qradio.h"
+#include "ui/qscalerect.h"
 #include "ui/qtextfit.h"
 #include "ui/uifixture.h"
 
@@ -81,6 +82,82 @@ TEST_F(UiTest, AShortcutWorksFromAnywhereWithItsModifiersAlone)
   EXPECT_EQ(2, letters); // the plain O, and the P that passed
 }
 
+TEST_F(UiTest, AFocusedButtonIsPressedBySpaceAndEnter)
+{
+  QButton first(Shell(), {0, 0, 50, 20}, "a"), second(Shell(), {0, 30, 50, 20}, "b");
+  const auto clicksOf = [this](const QButton& button) { return Count(QEvent::CLICK, &button); };
+  display->ClickOn(first);
+  display->Key(QKEY_SPACE); // who clicked means the application
+  Run();
+  EXPECT_EQ(1, clicksOf(first));
+  display->Key(QKEY_TAB);
+  display->Key(QKEY_SPACE);
+  display->Key(QKEY_ENTER);
+  display->Key(QMOD_CTRL | QKEY_ENTER); // another key
+  Run();
+  EXPECT_EQ(2, clicksOf(second));
+  for (int i = 0; i < 3; ++i)
+    display->KeyDown(QKEY_SPACE); // held, it repeats
+  Run();
+  EXPECT_EQ(QButton::PRESSED, second.GetState());
+  display->KeyUp(QKEY_SPACE);
+  Run();
+  EXPECT_EQ(3, clicksOf(second));
+  display->KeyDown(QKEY_SPACE);
+  Run();
+  Manager().SetKeyboardFocus(&first);
+  display->KeyUp(QKEY_SPACE);
+  Run();
+  EXPECT_EQ(3, clicksOf(second));
+  EXPECT_EQ(QButton::UP, second.GetState());
+  // The shortcut's press stands on its own.
+  second.SetShortcut('S');
+  Manager().SetKeyboardFocus(&second);
+  display->KeyDown(QKEY_SPACE);
+  display->Key('S');
+  display->KeyUp(QKEY_SPACE);
+  Run();
+  EXPECT_EQ(4, clicksOf(second));
+  EXPECT_EQ(nullptr, Manager().GetGrabbed());
+}
+
+TEST_F(UiTest, AControlMayEndInItsOwnHandler)
+{
+  using Make = std::unique_ptr<QWindow> (*)(QWindow * shell);
+  static constexpr QRect RECT{0, 0, 100, 20};
+  const Make makers[] = {
+      [](QWindow* w) -> std::unique_ptr<QWindow> { return std::make_unique<QButton>(w, RECT, "x"); },
+      [](QWindow* w) -> std::unique_ptr<QWindow> { return std::make_unique<QCheck>(w, RECT, "x"); },
+      [](QWindow* w) -> std::unique_ptr<QWindow> { return std::make_unique<QRadio>(w, RECT, "x", 1); },
+      [](QWindow* w) -> std::unique_ptr<QWindow> { return std::make_unique<QLabel>(w, RECT, "x"); },
+  };
+  for (const Make make : makers)
+    for (const int key : {0, static_cast<int>(QKEY_SPACE)}) {
+      std::unique_ptr<QWindow> control = make(Shell());
+      SCOPED_TRACE(control->GetClassName());
+      if (key != 0 && control->tabStop < 0)
+        continue;
+      if (auto* button = dynamic_cast<QButton*>(control.get()))
+        button->SetShortcut('Q');
+      application->SetEventProc([&control](QEvent* event) {
+        if (event->type == QEvent::CLICK)
+          control.reset();
+        return false;
+      });
+      if (key == 0) {
+        display->ClickOn(*control);
+        display->Click(5, 5);
+      } else {
+        display->Key(QKEY_TAB);
+        display->Key(key);
+        display->Key('Q');
+      }
+      Run();
+      EXPECT_EQ(nullptr, control);
+      EXPECT_EQ(nullptr, Manager().GetFocus());
+    }
+}
+
 TEST_F(UiTest, AButtonMaySendItsShortcutAsAKey)
 {
   QButton button(Shell(), {0, 0, 50, 20}, "a");
@@ -143,6 +220,25 @@ TEST_F(UiTest, AProgressBarStaysInsideItsTrough)
     SCOPED_TRACE(testing::Message() << c.value << " of " << c.total);
     bar.SetProgress(c.value, c.total);
     EXPECT_EQ(c.width, bar.FilledWidth());
+  }
+}
+
+TEST(ScaleRect, TruncatesEachNumber)
+{
+  const QRect reference{1919, -1, 2000000, 540};
+  const struct
+  {
+    int wid, hgt;
+    QRect scaled;
+  } cases[] = {
+      {1920, 1080, reference},
+      {1280, 1024, {1279, 0, 1333333, 512}},
+      {3840, 2160, {3838, -2, 4000000, 1080}},
+      {0, 0, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.wid);
+    EXPECT_EQ(c.scaled, QScaleRect(reference, c.wid, c.hgt));
   }
 }
 

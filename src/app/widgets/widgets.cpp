@@ -11,8 +11,8 @@ constexpr struct
   const char* title;
   void (*fill)(Widgets& widgets, QTabPage& page);
 } PAGES[] = {
-    {"Buttons", FillButtonPage},    {"Choices", FillChoicePage}, {"Text", FillTextPage},
-    {"Progress", FillProgressPage}, {"Dialogs", FillDialogPage},
+    {"Buttons", FillButtonPage}, {"Choices", FillChoicePage},    {"Text", FillTextPage},
+    {"Lists", FillListPage},     {"Progress", FillProgressPage}, {"Dialogs", FillDialogPage},
 };
 
 const char* TypeName(int type)

@@ -49,5 +49,6 @@ private:
 void FillButtonPage(Widgets& widgets, QTabPage& page);
 void FillChoicePage(Widgets& widgets, QTabPage& page);
 void FillProgressPage(Widgets& widgets, QTabPage& page);
+void FillListPage(Widgets& widgets, QTabPage& page);
 void FillTextPage(Widgets& widgets, QTabPage& page);
 void FillDialogPage(Widgets& widgets, QTabPage& page);
