@@ -2,7 +2,7 @@
 
 #include "ui/qapp.h"
 #include "ui/qfont.h"
-#include "ui/qtext.h"
+#include "ui/qtextfit.h"
 
 #include <algorithm>
 
@@ -61,14 +61,7 @@ void QProgressDialog::Filter(const QEvent& event)
 void QProgressDialog::SetText(std::string_view newText)
 {
   text = newText;
-  const QFont& font = *label.GetFont();
-  const auto wid = static_cast<float>(label.rect.wid);
-  std::string shown = text;
-  for (size_t from = 0; font.GetWidth(shown) > wid && from < text.size();) {
-    QNextChar(text, from);
-    shown = "..." + text.substr(from);
-  }
-  label.SetText(shown);
+  label.SetText(QShortenText(*label.GetFont(), text, label.rect.wid));
 }
 
 void QProgressDialog::SetProgress(int value, int total)

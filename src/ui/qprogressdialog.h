@@ -18,7 +18,7 @@ public:
   ~QProgressDialog() override;
   void SetProgress(int value, int total); // shows the percentage too
   std::string GetText() const override { return text; }
-  // One line; of a text that is too long for it, such as a path, the end is shown.
+  // One line; a text that is too long for it, such as a path, is shortened in the middle.
   void SetText(std::string_view newText) override;
   // Handles what is waiting; every interval the callback. False once cancelled.
   bool Poll();

@@ -64,12 +64,9 @@ QStringDialog::QStringDialog(QWindow* owner, const QRect& area, std::string_view
 void QStringDialog::Filter(QEvent* event)
 {
   const int key = event->type == QEvent::KEYPRESS ? QKeyOf(event->n) : 0;
-  // In several lines Enter comes here from a button alone.
-  const bool enter = key == QKEY_ENTER && event->win != &edit;
-  if (event->type == QEvent::CLOSE || (event->type == QEvent::CLICK && event->win == &cancel) ||
-      (enter && event->win == &cancel))
+  if (event->type == QEvent::CLOSE || (event->type == QEvent::CLICK && event->win == &cancel))
     result = 2;
-  else if ((event->type == QEvent::CLICK && event->win == &ok) || enter || (single && key == QKEY_ENTER) || key == 300)
+  else if ((event->type == QEvent::CLICK && event->win == &ok) || (single && key == QKEY_ENTER) || key == 300)
     result = 1;
 }
 

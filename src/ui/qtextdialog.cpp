@@ -34,8 +34,12 @@ QRect GrownFor(const QWindow* owner, QRect area, std::string_view text)
   const int widest = std::max(owner ? owner->rect.wid - 40 : area.wid, area.wid);
   std::string lines = Wrapped(text, area.wid);
   while (LineCount(lines) > MOST_LINES && area.wid < widest) {
-    area.wid = std::min(area.wid + 50, widest);
-    lines = Wrapped(text, area.wid);
+    const int wider = std::min(area.wid + 100, widest);
+    const std::string fewer = Wrapped(text, wider);
+    if (LineCount(fewer) == LineCount(lines))
+      break; // its own line ends make it long
+    area.wid = wider;
+    lines = fewer;
   }
   const int height = static_cast<int>(app->GetSystemFont()->GetHeight(lines.c_str()));
   area.hgt = std::max(area.hgt, TEXT_Y + height + BUTTON_ROOM);

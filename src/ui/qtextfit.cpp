@@ -94,3 +94,20 @@ QFittedText QFitText(QFont& font, std::string_view text, int wid, int hgt)
   }
   return {fitting, std::string(text)};
 }
+
+std::string QShortenText(const QFont& font, std::string_view text, int wid)
+{
+  std::string shown(text);
+  // Taken out of the middle, a character from either side in turn; both ends stay between characters.
+  size_t end = 0;
+  while (end < text.size() / 2)
+    QNextChar(text, end);
+  for (size_t begin = end; font.GetWidth(shown) > static_cast<float>(wid) && begin - end < text.size();) {
+    if (begin < text.size())
+      QNextChar(text, begin);
+    if (font.GetWidth(text.substr(0, end)) * 2 > static_cast<float>(wid) || begin == text.size())
+      end = QPreviousChar(text, end);
+    shown = std::string(text.substr(0, end)) + "..." + std::string(text.substr(begin));
+  }
+  return shown;
+}

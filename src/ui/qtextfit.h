@@ -20,3 +20,6 @@ struct QFittedText
   std::string lines;
 };
 QFittedText QFitText(QFont& font, std::string_view text, int wid, int hgt);
+
+// The text, or as much of its beginning and its end as is that wide together with dots between them.
+std::string QShortenText(const QFont& font, std::string_view text, int wid);

@@ -1,10 +1,12 @@
-// Shows all controls and dialogs, to be looked at: ui_look [WHAT] [FONT]. WHAT is message, question, string, lines,
-// progress or saving for that dialog, or time for how long painting takes; FONT is the base path of a texture font.
+// Shows all controls and dialogs, to be looked at: ui_look [WHAT] [FONT]. WHAT is message, question, long, string,
+// narrow, lines, open, save, progress or saving for that dialog, or time for how long painting takes; FONT is the base
+// path of a texture font.
 
 #include "platform/qsdldisplay.h"
 #include "ui/qapp.h"
 #include "ui/qbutton.h"
 #include "ui/qcheck.h"
+#include "ui/qdlgfile.h"
 #include "ui/qedit.h"
 #include "ui/qfont.h"
 #include "ui/qlabel.h"
@@ -110,6 +112,16 @@ void ShowDialog(std::string_view which)
     QDlgString("Select track", "Enter the track name", text, 80);
   else if (which == "lines")
     QDlgString("Notes", "What is to be done here", text, 400, 5);
+  else if (which == "long") {
+    std::string many;
+    for (int i = 0; i < 60; ++i)
+      many += "Line " + std::to_string(i) + " of a message that has more to say than anybody reads.\n";
+    QMessageBox("Info", many, 1);
+  } else if (which == "narrow") {
+    const QRect narrow{10, 10, 200, 150};
+    QDlgString("Input index (-1 to remove link)", "", text, 80, 1, &narrow);
+  } else if (which == "open" || which == "save")
+    QDlgFile(which == "save" ? "Save model" : "Import DOF model...", nullptr, "look", "", nullptr, nullptr);
   else if (which == "progress" || which == "saving") {
     const bool saving = which == "saving";
     QProgressDialog dialog(app->GetShell(), saving ? save : load, saving ? "Saving" : "Loading",
