@@ -21,6 +21,9 @@ public:
   // A line of at most maxLength characters, filled with text before. False on Cancel: text stays.
   virtual bool AskText(const char* title, const char* prompt, std::string& text, int maxLength,
                        const QRect* rect = nullptr) = 0;
+  // The whole path of a file to read, or to write when the title tells of saving or export. Directory and filter are
+  // remembered under the key. False on Cancel: path stays.
+  virtual bool AskFile(const char* title, const char* key, std::string& path) = 0;
 };
 
 // An index below count, count itself for the empty answer ("a new one"), or -1 on Cancel. Asks again while the number

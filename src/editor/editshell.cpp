@@ -16,6 +16,7 @@
 #include "scene/worldscene.h"
 #include "track/rtrackvrml.h"
 #include "ui/qapp.h"
+#include "ui/qdlgfile.h"
 #include "ui/qfont.h"
 #include "ui/qkeys.h"
 #include "ui/qmessagebox.h"
@@ -201,6 +202,11 @@ int EditShell::Message(const char* title, const char* text, bool okOnly, const Q
 bool EditShell::AskText(const char* title, const char* prompt, std::string& text, int maxLength, const QRect* rect)
 {
   return QDlgString(title, prompt, text, maxLength, 1, rect) == 1;
+}
+
+bool EditShell::AskFile(const char* title, const char* key, std::string& path)
+{
+  return QDlgFile(title, settings.get(), key, "", &path, nullptr);
 }
 
 void EditShell::MoveCamera()

@@ -58,6 +58,7 @@ public:
   int Message(const char* title, const char* text, bool okOnly, const QRect* rect, const char* okText,
               const char* cancelText) override;
   bool AskText(const char* title, const char* prompt, std::string& text, int maxLength, const QRect* rect) override;
+  bool AskFile(const char* title, const char* key, std::string& path) override;
 
   EditState& State() { return state; }
   const QInfo& Settings() const { return *settings; } // until exitFunc

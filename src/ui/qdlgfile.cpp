@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int WID = 600;
-constexpr int HGT = 460;
+constexpr int HGT = 466; // twelve entries
 
 // What is remembered from one time to the next.
 struct Remembered
@@ -88,8 +88,9 @@ bool QDlgFile(std::string_view title, QInfo* info, std::string_view key, const s
   QCurrentDir(workingDir);
 
   const uint32_t flags = (save ? QFileDialog::SAVE : 0u) | (list ? QFileDialog::MULTIPLE : 0u);
-  QFileDialog dialog(app->GetShell(), AreaAt(before.x, before.y), title, dir, flags);
-  dialog.SetFilters(FiltersFor(before.filter), before.filter.empty() ? "*.*" : before.filter);
+  const std::string filter = before.filter.empty() ? "*.*" : before.filter;
+  QFileDialog dialog(app->GetShell(), AreaAt(before.x, before.y), title, dir, filter, flags);
+  dialog.SetFilters(FiltersFor(before.filter));
   dialog.SetFile(before.file);
   const bool chosen = dialog.Execute() == 1;
 

@@ -78,11 +78,11 @@ std::string Quoted(const std::vector<std::string>& names)
 } // namespace
 
 QFileDialog::QFileDialog(QWindow* owner, const QRect& area, std::string_view title, const std::string& startDirectory,
-                         uint32_t wanted) :
+                         std::string_view pattern, uint32_t wanted) :
     QDialog(owner, area, title),
-    fileFlags(wanted), directoryLabel(this, LabelRect(DIRECTORY_Y), "Directory"),
+    fileFlags(wanted), filter(pattern), directoryLabel(this, LabelRect(DIRECTORY_Y), "Directory"),
     directoryEdit(this, EditRect(area, DIRECTORY_Y), MOST_BYTES),
-    nameLabel(this, {MARGIN + 4, HEADER_Y, 100, 16}, "Name"),
+    nameLabel(this, {MARGIN + 7, HEADER_Y, 100, 16}, "Name"),
     sizeLabel(this, ColumnRect(area, QFileListBox::DATE_WID + QFileListBox::SIZE_WID, QFileListBox::SIZE_WID), "Size",
               QAlign::RIGHT),
     dateLabel(this, ColumnRect(area, QFileListBox::DATE_WID, QFileListBox::DATE_WID), "Changed", QAlign::RIGHT),
@@ -91,7 +91,7 @@ QFileDialog::QFileDialog(QWindow* owner, const QRect& area, std::string_view tit
     fileLabel(this, LabelRect(FilterY(area) - ROW), "File"),
     fileEdit(this, EditRect(area, FilterY(area) - ROW), MOST_BYTES),
     filterLabel(this, LabelRect(FilterY(area)), "Filter"),
-    filterEdit(this, EditRect(area, FilterY(area), MARGIN + STATUS_WID), MOST_BYTES),
+    filterEdit(this, EditRect(area, FilterY(area), MARGIN + STATUS_WID), MOST_BYTES, 0, pattern),
     status(this, {area.wid - MARGIN - STATUS_WID + 10, FilterY(area) + 3, STATUS_WID - 10, 20}, {}),
     open(this, ButtonRect(area, MARGIN), wanted & SAVE ? "Save" : "Open"),
     parentButton(this, ButtonRect(area, (area.wid - 100) / 2), "Parent"),
@@ -107,12 +107,6 @@ QFileDialog::QFileDialog(QWindow* owner, const QRect& area, std::string_view tit
 }
 
 QFileDialog::~QFileDialog() = default;
-
-void QFileDialog::SetFilters(std::vector<Filter> wanted, const std::string& pattern)
-{
-  filters = std::move(wanted);
-  UseFilter(pattern);
-}
 
 void QFileDialog::SetFile(const std::string& name)
 {
@@ -147,6 +141,11 @@ bool QFileDialog::Event(QEvent* event)
     NextFilter(key == QKEY_UP ? -1 : 1);
     return true;
   }
+  // A field that is reached by key is typed over; the pointer sets the cursor itself.
+  if (event->type == QEvent::FOCUSIN && !(app->GetMouseButtons() & 1u << 1))
+    for (QEdit* edit : {&directoryEdit, &fileEdit, &filterEdit})
+      if (event->win == edit)
+        edit->SelectAll();
   return QDialog::Event(event);
 }
 

@@ -29,14 +29,14 @@ public:
   // A directory that doesn't exist gives way to the nearest one above it that does; an empty one is the working
   // directory.
   QFileDialog(QWindow* owner, const QRect& area, std::string_view title, const std::string& startDirectory,
-              uint32_t fileFlags = 0);
+              std::string_view pattern = "*.*", uint32_t fileFlags = 0);
   ~QFileDialog() override;
   const char* GetClassName() const override { return "QFileDialog"; }
   bool Event(QEvent* event) override;
   // 1: OK, 2: Cancel or closed.
   int Execute() override;
-  // Those that Up and Down in the field "Filter" go through, and the pattern to start with.
-  void SetFilters(std::vector<Filter> list, const std::string& pattern);
+  // Those that Up and Down in the field "Filter" go through.
+  void SetFilters(std::vector<Filter> choices) { filters = std::move(choices); }
   // Fills in a name and selects it in the list.
   void SetFile(const std::string& name);
 

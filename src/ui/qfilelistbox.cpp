@@ -103,7 +103,8 @@ void QFileListBox::PaintItem(int i)
     cv.Text(column, row.x + row.wid - 6 - right - static_cast<int>(GetFont()->GetWidth(column)), row.y + 2);
   };
   cv.SetFont(GetFont());
-  cv.SetColor(PX_PALETEAL);
+  const Item* item = GetItem(i);
+  cv.SetColor(item && item->flags & SELECTED ? PX_WHITE : PX_PALETEAL);
   if (entry.modifyTime != 0)
     paintColumn(QDate(entry.modifyTime).Format("%Y-%m-%d %H:%M"), 0);
   if (!entry.isDirectory)

@@ -11,7 +11,7 @@ class FakeHost : public EditHost
 {
 public:
   static constexpr const char* CANCEL = "\x1b";
-  std::deque<std::string> answers; // of AskText; CANCEL cancels
+  std::deque<std::string> answers; // of AskText and AskFile; CANCEL cancels
   std::deque<int> choices;         // of Message
   std::vector<std::string> prompts;
   std::vector<std::string> filled; // what the fields held before
@@ -33,6 +33,17 @@ public:
   {
     prompts.push_back(std::string(title) + ": " + prompt);
     filled.push_back(text);
+    return Answer(text);
+  }
+  bool AskFile(const char* title, const char* key, std::string& path) override
+  {
+    prompts.push_back(std::string(title) + ": " + key);
+    return Answer(path);
+  }
+
+private:
+  bool Answer(std::string& text)
+  {
     if (answers.empty())
       return false;
     const std::string answer = answers.front();

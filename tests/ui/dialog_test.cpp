@@ -284,6 +284,118 @@ TEST_F(UiTest, ProgressIsPolledUntilCancelled)
   }
 }
 
+TEST_F(UiTest, ADraggedDialogCanBeCaughtAgain)
+{
+  QTextDialog dialog(Shell(), {700, 580, 300, 160}, "Title", "text", 0);
+  EXPECT_EQ((QRect{500, 440, 300, 160}), dialog.RootRect()); // the shell is 800 x 600
+  for (const auto& [x, y] : {std::pair{-500, -500}, {2000, 2000}, {-500, 2000}}) {
+    SCOPED_TRACE(x);
+    const QRect r = dialog.RootRect();
+    const int hold = std::clamp(r.x + 30, 5, 795);
+    display->Move(hold, r.y + 10);
+    display->ButtonDown(1);
+    display->Move(x, y);
+    display->ButtonUp(1);
+    Run();
+    const QRect now = dialog.RootRect();
+    EXPECT_GE(now.y, 0);
+    EXPECT_LE(now.y + QTitleBar::HEIGHT, 600);
+    EXPECT_GE(std::min(now.x + now.wid, 800) - std::max(now.x, 0), 60);
+  }
+}
+
+TEST_F(UiTest, AHandlerMayDeleteItsDialog)
+{
+  const struct
+  {
+    const char* what;
+    std::function<void(std::unique_ptr<QTextDialog>&)> act;
+  } cases[] = {
+      {"by an event", [&](auto& dialog) { dialog.reset(); }},
+      {"while it is dragged",
+       [&](auto& dialog) {
+         dialog->moveCallback = [&dialog](int, int, void*) { dialog.reset(); };
+         display->Move(150, 110);
+         display->ButtonDown(1);
+         display->Move(170, 105);
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    auto dialog = std::make_unique<QTextDialog>(Shell(), QRect{100, 100, 300, 160}, "Title", "text", 0);
+    display->Then([&] { c.act(dialog); });
+    EXPECT_EQ(2, dialog->Execute());
+    EXPECT_EQ(nullptr, dialog);
+    EXPECT_EQ(nullptr, Manager().GetActiveGroup());
+    display->ButtonUp(1);
+    events.clear();
+    display->Wheel(120);
+    Run();
+    EXPECT_EQ(1, Count(QEvent::WHEEL));
+  }
+}
+
+TEST_F(UiTest, AnExposedDialogIsTheGroupAgain)
+{
+  QTextDialog outer(Shell(), {100, 100, 300, 160}, "Outer", "text", 0);
+  {
+    QTextDialog inner(Shell(), {150, 150, 300, 160}, "Inner", "text", 0);
+    QEvent expose;
+    expose.type = QEvent::EXPOSE;
+    outer.Event(&expose);
+    EXPECT_EQ(&outer, Manager().GetActiveGroup());
+    inner.Event(&expose);
+    EXPECT_EQ(&inner, Manager().GetActiveGroup());
+  }
+  EXPECT_EQ(&outer, Manager().GetActiveGroup());
+}
+
+TEST_F(UiTest, TheApplicationHearsOfReleasesBehindADialog)
+{
+  const auto release = [&] {
+    display->KeyUp('W');
+    display->ButtonUp(3);
+  };
+  display->KeyDown('W');
+  display->ButtonDown(3);
+  Run();
+  display->Then(release);
+  display->Then([&] { display->Key(QKEY_ESC); });
+  QMessageBox("t", "m");
+  EXPECT_LE(1, Count(QEvent::KEYRELEASE));
+  EXPECT_EQ(1, Count(QEvent::BUTTONRELEASE));
+  Run(); // the release of Escape
+  events.clear();
+  QProgressDialog dialog(Shell(), {100, 100, 400, 150}, "Loading", "text");
+  release();
+  dialog.Poll();
+  EXPECT_EQ(1, Count(QEvent::KEYRELEASE));
+  EXPECT_EQ(1, Count(QEvent::BUTTONRELEASE));
+}
+
+TEST_F(UiTest, AnEndlessMessageKeepsItsButtonsInTheWindow)
+{
+  std::string text;
+  for (int i = 0; i < 200; ++i)
+    text += "Line " + std::to_string(i) + "\n";
+  ReportCapture reports;
+  display->Then([&] {
+    const QRect r = Manager().OpenDialog()->RootRect();
+    const QRect ok = Manager().FindVisible("QButton", "OK")->RootRect();
+    EXPECT_LE(r.y + r.hgt, 600);
+    EXPECT_LT(ok.y, r.y + r.hgt);
+    int bottom = 0;
+    for (const QWindow* w : Manager().Windows())
+      if (std::string_view(w->GetClassName()) == "QLabel")
+        bottom = std::max(bottom, w->RootRect().y + w->rect.hgt);
+    EXPECT_LE(bottom, ok.y);
+    Manager().PaintAll();
+    display->Key(QKEY_ENTER);
+  });
+  EXPECT_EQ(1, QMessageBox("Info", text, 1));
+  EXPECT_EQ(0, reports.Problems()) << reports.All();
+}
+
 TEST_F(UiTest, CaptionsComeFromTheLanguage)
 {
   TempDir dir;

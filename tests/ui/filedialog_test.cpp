@@ -111,8 +111,8 @@ protected:
   // is cancelled.
   int Work(uint32_t flags, const std::vector<Step>& steps)
   {
-    dialog = std::make_unique<QFileDialog>(Shell(), QRect{100, 60, 600, 460}, "Models", models, flags);
-    dialog->SetFilters({{"ASE files (*.ase)", "*.ase"}, {"All files (*.*)", "*.*"}}, "*.ase");
+    dialog = std::make_unique<QFileDialog>(Shell(), QRect{100, 60, 600, 460}, "Models", models, "*.ase", flags);
+    dialog->SetFilters({{"ASE files (*.ase)", "*.ase"}, {"All files (*.*)", "*.*"}});
     ended = false;
     for (const Step& step : steps)
       display->Then([this, step] {
@@ -353,7 +353,7 @@ TEST_F(FileDialogTest, TheSelectorRemembersWhatWasChosen)
   EXPECT_EQ("deep.ase", name);
   QInfo info(settings);
   display->Then([&] {
-    EXPECT_EQ((QRect{20, 30, 600, 460}), Manager().OpenDialog()->RootRect());
+    EXPECT_EQ((QRect{20, 30, 600, 466}), Manager().OpenDialog()->RootRect());
     EXPECT_NE(nullptr, Manager().FindVisible("QEdit", models + "/old"));
     EXPECT_NE(nullptr, Manager().FindVisible("QEdit", "*.ase"));
     display->Key(QKEY_ENTER); // the file of last time is selected

@@ -1,4 +1,5 @@
 #include "app/widgets/widgets.h"
+#include "ui/qdlgfile.h"
 #include "ui/qgroup.h"
 #include "ui/qmessagebox.h"
 #include "ui/qprogressdialog.h"
@@ -34,6 +35,15 @@ void AskForText(Widgets& widgets, const char* title, const char* prompt, int max
   widgets.Tell("The string dialog answered " + Answer(result) + ", '" + text + "'");
 }
 
+void AskForFile(Widgets& widgets, const char* title, bool several)
+{
+  std::string path;
+  QSplit list;
+  const bool chosen = QDlgFile(title, nullptr, "widgets", "", &path, nullptr, several ? &list : nullptr);
+  const std::string more = list.size() > 2 ? " and " + std::to_string(list.size() - 2) + " more" : "";
+  widgets.Tell(chosen ? "The file selector gave '" + path + "'" + more : "The file selector was cancelled");
+}
+
 } // namespace
 
 void FillDialogPage(Widgets& widgets, QTabPage& page)
@@ -60,6 +70,8 @@ void FillDialogPage(Widgets& widgets, QTabPage& page)
   });
   add(1, 0, "Text...", [&] { AskForText(widgets, "Select track", "Enter the track name", 80, 1); });
   add(1, 1, "Lines of text...", [&] { AskForText(widgets, "Notes", "What is to be done here?", 400, 5); });
+  add(1, 2, "Open files...", [&] { AskForFile(widgets, "Import models", true); });
+  add(2, 2, "Save file...", [&] { AskForFile(widgets, "Save model", false); });
   add(2, 0, "Progress with Cancel...", [&] { ShowProgress(widgets, true); });
   add(2, 1, "Progress...", [&] { ShowProgress(widgets, false); });
 }
