@@ -4,7 +4,10 @@
 #include "editor/editwidgets.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
+#include "foundation/qdbgsetup.h"
+#include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
+#include "foundation/qlog.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
 #include "runtime/rmanager.h"
@@ -87,6 +90,7 @@ void EditShell::Setup()
   state.camera = EditCamera();
   manager = std::make_unique<RManager>(1);
   manager->LoadConfig();
+  manager->SetCheckProblems([this] { EndOnProblems(); });
   CreateView();
   ResetTrack();
   fps = std::make_unique<DFPS>(0);
@@ -100,6 +104,18 @@ void EditShell::Setup()
     SelectTrack(settings->GetStringDirect("track.lasttrack"));
   SetMode(settings->GetInt("settings.mode"));
   ReadTransform();
+  manager->CheckProblems();
+}
+
+void EditShell::EndOnProblems()
+{
+  std::string title, text;
+  if (!QProblemsEndRun(title, text))
+    return;
+  static_cast<void>(QSystemMessage(title, text, true));
+  QLogCloseLast();
+  QNotePad(QLogLastPath());
+  app.Exit(0);
 }
 
 void EditShell::CreateView()

@@ -69,6 +69,8 @@ private:
   struct GlobalKey;
   static const GlobalKey globalKeys[];
 
+  // With the settings for it, errors and warnings of loading end the run and are shown.
+  void EndOnProblems();
   void InstallMessages();
   void CreateView();
   void CreateModes();

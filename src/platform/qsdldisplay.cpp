@@ -1,5 +1,6 @@
 #include "platform/qsdldisplay.h"
 
+#include "foundation/qarg.h"
 #include "foundation/qreport.h"
 #include "platform/qsdlkeys.h"
 #include "ui/qkeys.h"
@@ -71,6 +72,8 @@ bool QSDLDisplay::CreateWindow(const QDisplayWindow& wanted)
                                          {SDL_GL_DEPTH_SIZE, wanted.depth},
                                          {SDL_GL_STENCIL_SIZE, wanted.stencil}})
     SDL_GL_SetAttribute(attribute, value);
+  if (QDebugOptions() & QDEBUG_OPENGL)
+    SDL_GL_SetAttribute(SDL_GL_CONTEXT_FLAGS, SDL_GL_CONTEXT_DEBUG_FLAG);
   const QRect area = WorkArea();
   const QRect& r = wanted.rect;
   const int x = r.x == -1 ? area.x + (area.wid - r.wid) / 2 : r.x;

@@ -2,6 +2,7 @@
 
 #include "geometry/dglobal.h"
 #include "geometry/dpipe.h"
+#include "ui/qglerrors.h"
 
 QXWindow::~QXWindow()
 {
@@ -15,5 +16,7 @@ bool QXWindow::Create(const QDisplayWindow& wanted)
     return false;
   DGlobals().hasContext = display.CreateContext();
   DThePipe().Invalidate();
+  if (DGlobals().hasContext)
+    QInstallGLErrorCallback();
   return true;
 }

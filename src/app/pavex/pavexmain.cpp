@@ -1,13 +1,17 @@
 // The editor's entry: one copy at a time, settings, data root, application and window, and then the run loop.
 
 #include "editor/editshell.h"
+#include "foundation/qdbgsetup.h"
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "platform/qcrashhandler.h"
+#include "platform/qopendocument.h"
 #include "platform/qsdldisplay.h"
 #include "platform/qsingleinstance.h"
 #include "ui/qapp.h"
 
+#include <cstdlib>
 #include <malloc.h>
 #include <memory>
 #include <string>
@@ -19,6 +23,20 @@ void KeepMemory()
 {
   mallopt(M_MMAP_THRESHOLD, 512 << 20);
   mallopt(M_TRIM_THRESHOLD, 512 << 20);
+}
+
+void RunCommand(const std::string& command)
+{
+  if (std::system(command.c_str()) != 0)
+    QWARN("dev.run_first: '%s' failed", command.c_str());
+}
+
+void TellOfCrash(const std::string& directory)
+{
+  const std::string text = "The last run was ended by a fault in the program.\n"
+                           "What is on the disk is as it was saved last. The report for the developers stands in " +
+                           directory + "/QLOG.txt.";
+  static_cast<void>(QSystemMessage("Crash report", text, true));
 }
 
 } // namespace
@@ -33,7 +51,12 @@ int main()
   QCurrentDir(programDirectory);
   QReports().logDirectory = programDirectory.Str();
   QReports().applicationName = "pavex";
+  const std::string lastCrash = QReportLastCrash(programDirectory.Str());
+  if (!QInstallCrashHandler(programDirectory.Str(), "pavex"))
+    QWARN("No report will be left when the program crashes");
+  QFileHooks().openDocument = QOpenDocument;
   auto settings = std::make_unique<QInfo>(programDirectory.Str() + "/pavex.ini");
+  qdbg_setup(*settings, {RunCommand, nullptr, nullptr});
   QSetCurrentDirectory("..");
 
   QApp application("pavex", "Pavex", std::make_unique<QSDLDisplay>());
@@ -43,6 +66,8 @@ int main()
   if (!application.Create())
     return 1;
   shell.Setup();
+  if (!lastCrash.empty())
+    TellOfCrash(programDirectory.Str());
   if (shell.Settings().GetInt("dev.test_asecut_ms")) {
     QERR("dev.test_asecut_ms is set, but the multi-sub ASE cutter isn't part of this version yet");
     application.Exit(0);
