@@ -290,6 +290,23 @@ TEST_F(FileDialogTest, FieldsChangeDirectoryAndFilter)
   }
 }
 
+TEST_F(FileDialogTest, SeveralFilesAreTakenTogether)
+{
+  const auto both = [&] {
+    ClickEntry("b2.ase");
+    ClickEntry("b10.ase");
+  };
+  EXPECT_EQ(1, Work(QFileDialog::MULTIPLE, {both, [&] { ClickButton("Open"); }}));
+  EXPECT_EQ((std::vector<std::string>{"b2.ase", "b10.ase"}), dialog->GetFiles());
+  EXPECT_EQ(models + "/b2.ase", dialog->GetDirectory() + '/' + dialog->GetFile());
+  dialog.reset();
+  // What is typed afterwards counts more.
+  EXPECT_EQ(1, Work(QFileDialog::MULTIPLE, {both, [&] { Fill(dialog->GetFileEdit(), "notes.txt"); }}));
+  EXPECT_EQ((std::vector<std::string>{"notes.txt"}), dialog->GetFiles());
+  dialog.reset();
+  EXPECT_EQ(2, Work(QFileDialog::MULTIPLE, {both, [&] { ClickEntry("old"); }, [&] { ClickButton("Open"); }}));
+}
+
 TEST_F(FileDialogTest, SavingAsksBeforeAFileIsReplaced)
 {
   const struct
