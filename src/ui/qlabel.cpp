@@ -28,7 +28,7 @@ void QLabel::Paint(const QRect*)
   cv.Begin();
   cv.SetBlending(true);
   cv.SetFont(f);
-  const bool fits = f->GetWidth(text) <= static_cast<float>(rect.wid) && text.find('\n') == std::string::npos;
+  const bool fits = text.find('\n') == std::string::npos && f->GetWidth(text) <= static_cast<float>(rect.wid);
   const std::string lines = fits ? text : QWrapText(*f, text, rect.wid, true);
   // From the top on: what doesn't fit below would otherwise push the first line out of sight.
   const int height = static_cast<int>(f->GetHeight(lines.c_str()));
