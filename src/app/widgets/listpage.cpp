@@ -37,7 +37,7 @@ void AddCombos(QTabPage& page)
   } combos[] = {{"With a field", 0}, {"List only", QCombo::LIST_ONLY}, {"Disabled", 0}};
   int y = 50;
   for (const auto& c : combos) {
-    page.Add<QLabel>(QRect{660, y + 4, 90, 20}, c.caption);
+    page.Add<QLabel>(QRect{660, y + 2, 90, 20}, c.caption);
     QCombo& combo = page.Add<QCombo>(QRect{760, y, 160, 24}, c.flags);
     for (int i = 0; i < 40; ++i)
       combo.AddString(std::string(KINDS[static_cast<size_t>(i) % std::size(KINDS)]) + " " + std::to_string(i));
@@ -51,14 +51,14 @@ void AddCombos(QTabPage& page)
 void AddSpinners(QTabPage& page)
 {
   page.Add<QGroup>(QRect{640, 190, 300, 150}, "Spinners");
-  page.Add<QLabel>(QRect{660, 224, 90, 20}, "0 to 10");
+  page.Add<QLabel>(QRect{660, 222, 90, 20}, "0 to 10");
   page.Add<QSpinner>(QRect{760, 220, 90, 24}).SetRange(0, 0, 10);
-  page.Add<QLabel>(QRect{660, 258, 90, 20}, "In hundredths");
+  page.Add<QLabel>(QRect{660, 256, 90, 20}, "In hundredths");
   QSpinner& fine = page.Add<QSpinner>(QRect{760, 254, 90, 24});
   fine.SetDecimals(0, 2);
   fine.SetStep(0, 0.01);
   fine.SetValue(0, 1.5);
-  page.Add<QLabel>(QRect{660, 292, 90, 20}, "Three parts");
+  page.Add<QLabel>(QRect{660, 290, 90, 20}, "Three parts");
   QSpinner& time = page.Add<QSpinner>(QRect{760, 288, 160, 24}, 3);
   for (int i = 0; i < 3; ++i)
     time.SetRange(i, 0, i == 2 ? 999 : 59);
