@@ -89,7 +89,6 @@ int QTabControl::AddPage(std::string_view title, std::unique_ptr<QWindow> page)
   tab.caption = title;
   if (i == 0) {
     active = 0;
-    tab.active = true;
   } else {
     // One stop for all heads: the arrow keys go from one to the next.
     tab.head->SetTabStop(-1);
@@ -168,8 +167,6 @@ void QTabControl::SetActivePage(int i)
   Tab& before = tabs[static_cast<size_t>(active)];
   Tab& now = tabs[static_cast<size_t>(i)];
   active = i;
-  before.active = false;
-  now.active = true;
   now.head->SetTabStop(before.head->tabStop);
   before.head->SetTabStop(-1);
   LeavePage(before);

@@ -63,7 +63,6 @@ private:
     std::unique_ptr<QWindow> page;
     std::string caption;
     void* userData = nullptr;
-    bool active = false;
   };
   bool HasTab(int i) const { return i >= 0 && i < GetPageCount(); }
   int TextWidth(int i) const;

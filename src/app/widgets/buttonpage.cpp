@@ -41,7 +41,7 @@ void AddLook(QTabPage& page, int left, const char* title)
   add(2, 2, "Two lines\nof text", 0);
 }
 
-void AddShortcuts(Widgets& widgets, QTabPage& page)
+void AddShortcuts(QTabPage& page)
 {
   page.Add<QGroup>(QRect{490, 210, 450, 90}, "Shortcuts");
   page.Add<QButton>(QRect{510, 240, 130, 35}, "Save (Ctrl-S)").SetShortcut(QMOD_CTRL | 'S');
@@ -51,7 +51,6 @@ void AddShortcuts(Widgets& widgets, QTabPage& page)
   QButton& sends = page.Add<QButton>(QRect{790, 240, 130, 35}, "Sends Ctrl-G");
   sends.SetShortcut(QMOD_CTRL | 'G');
   sends.eventType = QEvent::KEYPRESS;
-  static_cast<void>(widgets);
 }
 
 } // namespace
@@ -67,7 +66,7 @@ void FillButtonPage(Widgets& widgets, QTabPage& page)
     page.Add<QButton>(QRect{x, 240, 40, 35}, arrow);
     x += 50;
   }
-  AddShortcuts(widgets, page);
+  AddShortcuts(page);
 
   page.Add<QGroup>(QRect{20, 320, 450, 90}, "Pictures");
   DTexture* up = widgets.KeepPicture(Stripe({110, 208, 221}, {39, 73, 78}));

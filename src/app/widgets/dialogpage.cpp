@@ -37,11 +37,10 @@ void AskForText(Widgets& widgets, const char* title, const char* prompt, int max
 
 void AskForFile(Widgets& widgets, const char* title, bool several)
 {
-  std::string path;
+  std::string name;
   QSplit list;
-  const bool chosen = QDlgFile(title, nullptr, "widgets", "", &path, nullptr, several ? &list : nullptr);
-  const std::string more = list.size() > 2 ? " and " + std::to_string(list.size() - 2) + " more" : "";
-  widgets.Tell(chosen ? "The file selector gave '" + path + "'" + more : "The file selector was cancelled");
+  const bool chosen = QDlgFile(title, nullptr, "widgets", "data", &name, nullptr, several ? &list : nullptr);
+  widgets.Tell(chosen ? "The file dialog answered '" + name + "'" : "The file dialog was cancelled");
 }
 
 } // namespace
@@ -74,4 +73,7 @@ void FillDialogPage(Widgets& widgets, QTabPage& page)
   add(2, 2, "Save file...", [&] { AskForFile(widgets, "Save model", false); });
   add(2, 0, "Progress with Cancel...", [&] { ShowProgress(widgets, true); });
   add(2, 1, "Progress...", [&] { ShowProgress(widgets, false); });
+  add(3, 0, "Choose a file...", [&] { AskForFile(widgets, "Import a model", false); });
+  add(3, 1, "Choose several files...", [&] { AskForFile(widgets, "Convert models", true); });
+  add(3, 2, "Save a file...", [&] { AskForFile(widgets, "Export the model", false); });
 }

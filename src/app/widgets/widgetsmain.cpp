@@ -1,4 +1,4 @@
-// Shows developers of modes every control and dialog, to be tried out: pavex-widgets [--scale N] [--page NAME].
+// Shows developers of modes every control and dialog, to be tried out: pavex-widgets [--page NAME].
 
 #include "app/widgets/widgets.h"
 #include "foundation/qfilename.h"
@@ -7,42 +7,14 @@
 #include "platform/qsdldisplay.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <string>
-
-namespace {
-
-struct Arguments
-{
-  float scale = 0; // 0: as the platform says
-  std::string page;
-  bool good = true;
-};
-
-Arguments Parse(int argc, char** argv)
-{
-  Arguments arguments;
-  for (int i = 1; i < argc; ++i) {
-    const std::string_view name = argv[i];
-    const char* value = i + 1 < argc ? argv[++i] : nullptr;
-    if (name == "--scale" && value)
-      arguments.scale = std::strtof(value, nullptr);
-    else if (name == "--page" && value)
-      arguments.page = value;
-    else
-      arguments.good = false;
-  }
-  return arguments;
-}
-
-} // namespace
+#include <string_view>
 
 int main(int argc, char** argv)
 {
-  const Arguments arguments = Parse(argc, argv);
-  if (!arguments.good) {
-    std::fprintf(stderr, "usage: pavex-widgets [--scale N] [--page NAME]\n");
+  const bool hasPage = argc == 3 && std::string_view(argv[1]) == "--page";
+  if (argc != 1 && !hasPage) {
+    std::fprintf(stderr, "usage: pavex-widgets [--page NAME]\n");
     return 2;
   }
   qstring programDirectory;
@@ -58,8 +30,8 @@ int main(int argc, char** argv)
   if (!application.Create())
     return 1;
   auto widgets = std::make_unique<Widgets>();
-  if (!arguments.page.empty() && !widgets->ShowPage(arguments.page)) {
-    std::fprintf(stderr, "pavex-widgets: there is no page '%s'\n", arguments.page.c_str());
+  if (hasPage && !widgets->ShowPage(argv[2])) {
+    std::fprintf(stderr, "pavex-widgets: there is no page '%s'\n", argv[2]);
     return 2;
   }
   application.SetEventProc([&widgets](QEvent* event) {
