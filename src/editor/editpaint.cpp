@@ -17,6 +17,7 @@
 #include "ui/qgloverlay.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 
@@ -97,7 +98,10 @@ void EditShell::PaintDialog()
 void EditShell::PrepareScene()
 {
   manager->SetFrameSize(state.frameWidth, state.frameHeight);
-  manager->GetScene()->SetView(director.get(), state.frameWidth, state.frameHeight);
+  // The scene is as fine as the screen, whatever size the interface's pixels have.
+  const float scale = app.GetDisplay().Scale();
+  const auto device = [=](int size) { return static_cast<int>(std::lround(static_cast<float>(size) * scale)); };
+  manager->GetScene()->SetView(director.get(), device(state.frameWidth), device(state.frameHeight));
   const EditTransform& t = state.camera.transform;
   viewCamera->Go(t.pos, DVector3(0.0f), t.yaw, t.pitch, t.roll, DCamera::METHOD_MATRIX);
   viewCamera->SetFOV(state.camera.fov);

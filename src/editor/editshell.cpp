@@ -55,6 +55,7 @@ void EditShell::Configure()
   app.rBC = &state.viewRect;
   app.rShell = {settings->GetInt("resolution.x", -1), settings->GetInt("resolution.y", -1), state.frameWidth,
                 state.frameHeight};
+  app.scale = settings->GetFloat("resolution.scale");
   if (settings->GetInt("resolution.fullscreen"))
     app.createFlags |= QApp::CREATE_FULLSCREEN;
   app.glSettings.width = state.frameWidth;

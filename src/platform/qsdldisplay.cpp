@@ -8,6 +8,9 @@
 
 #include <SDL.h>
 #include <algorithm>
+#include <cmath>
+#include <epoxy/gl.h>
+#include <string_view>
 
 namespace {
 
@@ -63,27 +66,92 @@ std::string QSDLDisplay::Name() const
   return name ? name : "no DISPLAY";
 }
 
+namespace {
+
+// What the desktop, or else the screen's own fineness, suggests. Screens of the usual size stay as they are, even fine
+// ones: their owners are used to small pixels.
+float SuggestedScale(SDL_Window* window)
+{
+  for (const char* variable : {"GDK_SCALE", "QT_SCALE_FACTOR"})
+    if (const char* text = SDL_getenv(variable))
+      if (const double factor = SDL_atof(text); factor > 0)
+        return static_cast<float>(factor);
+  const int screen = window ? std::max(SDL_GetWindowDisplayIndex(window), 0) : 0;
+  SDL_DisplayMode mode{};
+  float dpi = 0;
+  if (SDL_GetDesktopDisplayMode(screen, &mode) != 0 || SDL_GetDisplayDPI(screen, &dpi, nullptr, nullptr) != 0)
+    return 1;
+  return mode.h >= 1440 ? dpi / 96 : 1;
+}
+
+} // namespace
+
+// In halves, and when it is only suggested, so that the window is no larger than the work area.
+void QSDLDisplay::ChooseScale(const QDisplayWindow& wanted)
+{
+  const bool asked = wanted.scale > 0;
+  const float factor = asked ? wanted.scale : SuggestedScale(window);
+  scale = std::clamp(std::floor(factor * 2 + (asked ? 0.5f : 0.01f)) / 2, 1.0f, 4.0f);
+  SDL_Rect area{0, 0, 0, 0};
+  if (asked || SDL_GetDisplayUsableBounds(0, &area) != 0)
+    return;
+  const auto fits = [&] {
+    return static_cast<float>(wanted.rect.wid) * scale <= static_cast<float>(area.w) &&
+           static_cast<float>(wanted.rect.hgt) * scale <= static_cast<float>(area.h);
+  };
+  while (scale > 1 && !fits())
+    scale -= 0.5f;
+}
+
+int QSDLDisplay::ToSystem(int at) const
+{
+  return static_cast<int>(std::lround(static_cast<float>(at) * scale / density));
+}
+
+int QSDLDisplay::FromSystem(int at) const
+{
+  return static_cast<int>(std::floor(static_cast<float>(at) * density / scale));
+}
+
+// Some window systems count in pixels larger than the screen's.
+void QSDLDisplay::MeasureDensity()
+{
+  int points = 0, pixels = 0;
+  SDL_GetWindowSize(window, &points, nullptr);
+  SDL_GL_GetDrawableSize(window, &pixels, nullptr);
+  density = points > 0 && pixels > 0 ? static_cast<float>(pixels) / static_cast<float>(points) : 1;
+}
+
 bool QSDLDisplay::CreateWindow(const QDisplayWindow& wanted)
 {
   for (const auto& [attribute, value] : {std::pair{SDL_GL_CONTEXT_MAJOR_VERSION, 2},
                                          {SDL_GL_CONTEXT_MINOR_VERSION, 1},
                                          {SDL_GL_CONTEXT_PROFILE_MASK, 0},
                                          {SDL_GL_DOUBLEBUFFER, 1},
+                                         {SDL_GL_STEREO, wanted.stereo},
                                          {SDL_GL_DEPTH_SIZE, wanted.depth},
                                          {SDL_GL_STENCIL_SIZE, wanted.stencil}})
     SDL_GL_SetAttribute(attribute, value);
   if (QDebugOptions() & QDEBUG_OPENGL)
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_FLAGS, SDL_GL_CONTEXT_DEBUG_FLAG);
+  density = 1;
+  ChooseScale(wanted);
   const QRect area = WorkArea();
   const QRect& r = wanted.rect;
-  const int x = r.x == -1 ? area.x + (area.wid - r.wid) / 2 : r.x;
-  const int y = r.y == -1 ? area.y + (area.hgt - r.hgt) / 2 : r.y;
-  const uint32_t style =
-      static_cast<uint32_t>(wanted.resizable * SDL_WINDOW_RESIZABLE | !wanted.frame * SDL_WINDOW_BORDERLESS);
+  const int x = ToSystem(r.x == -1 ? area.x + (area.wid - r.wid) / 2 : r.x);
+  const int y = ToSystem(r.y == -1 ? area.y + (area.hgt - r.hgt) / 2 : r.y);
+  const uint32_t style = static_cast<uint32_t>(wanted.resizable * SDL_WINDOW_RESIZABLE |
+                                               !wanted.frame * SDL_WINDOW_BORDERLESS | SDL_WINDOW_ALLOW_HIGHDPI);
   const auto create = [&](uint32_t flags) {
-    return SDL_CreateWindow(wanted.title.c_str(), x, y, std::max(r.wid, 1), std::max(r.hgt, 1), flags);
+    return SDL_CreateWindow(wanted.title.c_str(), x, y, std::max(ToSystem(r.wid), 1), std::max(ToSystem(r.hgt), 1),
+                            flags);
   };
   window = create(style | SDL_WINDOW_OPENGL);
+  if (!window && wanted.stereo) {
+    QERR("Requested STEREO (quadbuffered) but no suitable pixelformat present");
+    SDL_GL_SetAttribute(SDL_GL_STEREO, 0);
+    window = create(style | SDL_WINDOW_OPENGL);
+  }
   if (!window) {
     QERR("(QXWindow) ChoosePixelFormat() failed");
     window = create(style);
@@ -92,6 +160,11 @@ bool QSDLDisplay::CreateWindow(const QDisplayWindow& wanted)
     QERR("QXWindow: no window can be made; %s", SDL_GetError());
     return false;
   }
+  MeasureDensity();
+  if (density != 1) {
+    scale = std::max(scale, wanted.scale > 0 ? scale : std::floor(density * 2) / 2);
+    SDL_SetWindowSize(window, ToSystem(r.wid), ToSystem(r.hgt));
+  }
   if (wanted.fullScreen)
     SetFullScreen(wanted);
   SDL_RaiseWindow(window);
@@ -99,28 +172,30 @@ bool QSDLDisplay::CreateWindow(const QDisplayWindow& wanted)
   return true;
 }
 
+// The mode as wanted, then without its refresh rate, then the desktop's own.
 bool QSDLDisplay::SetFullScreen(const QDisplayWindow& wanted)
 {
   SDL_DisplayMode mode{};
   if (SDL_GetDesktopDisplayMode(std::max(SDL_GetWindowDisplayIndex(window), 0), &mode) != 0)
     QWARN("QXWindow: Can't get the display settings");
-  mode.w = wanted.rect.wid;
-  mode.h = wanted.rect.hgt;
+  mode.w = ToSystem(wanted.rect.wid);
+  mode.h = ToSystem(wanted.rect.hgt);
   const auto set = [&](int hz) {
     mode.refresh_rate = hz;
     return SDL_SetWindowDisplayMode(window, &mode) == 0 && SDL_SetWindowFullscreen(window, SDL_WINDOW_FULLSCREEN) == 0;
   };
   const int bits = wanted.bits;
-  if (wanted.hz > 0 && !set(wanted.hz))
+  bool good = set(wanted.hz);
+  if (!good) {
     QWARN("QXWindow: Can't set fullscreen mode %dx%dx%d@%d", mode.w, mode.h, bits, wanted.hz);
-  else if (wanted.hz > 0 || set(0)) {
-    QLOG("QXWindow: Set fullscreen mode to %dx%dx%d@%d", mode.w, mode.h, bits, wanted.hz);
+    good = wanted.hz > 0 && set(0);
+  }
+  if (good) {
+    QLOG("QXWindow: Set fullscreen mode to %dx%dx%d@%d", mode.w, mode.h, bits, mode.refresh_rate);
     return true;
   }
-  if (set(0))
-    return true;
   QERR("QXWindow: Can't set fullscreen mode %dx%dx%d even without setting the frequency", mode.w, mode.h, bits);
-  return false;
+  return SDL_SetWindowFullscreen(window, SDL_WINDOW_FULLSCREEN_DESKTOP) == 0;
 }
 
 void QSDLDisplay::DestroyWindow()
@@ -148,6 +223,12 @@ bool QSDLDisplay::CreateContext()
   QLOG("Pixfmt %d: %d color bits, %d depthbuffer bits, %d stencil bits, %d alpha, stereo: %d.", 0,
        attribute(SDL_GL_BUFFER_SIZE), attribute(SDL_GL_DEPTH_SIZE), attribute(SDL_GL_STENCIL_SIZE),
        attribute(SDL_GL_ALPHA_SIZE), attribute(SDL_GL_STEREO));
+  const auto* renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+  for (const char* software : {"llvmpipe", "softpipe", "swrast", "Software"})
+    if (renderer && std::string_view(renderer).find(software) != std::string_view::npos) {
+      QWARN("Pixel format (%d) uses software rendering; will be slow!", 0);
+      break;
+    }
   // The application sleeps between frames itself; waiting for the screen as well would only add delay.
   SDL_GL_SetSwapInterval(0);
   return true;
@@ -191,6 +272,7 @@ QRect QSDLDisplay::WindowRect() const
   if (window) {
     SDL_GetWindowPosition(window, &r.x, &r.y);
     SDL_GetWindowSize(window, &r.wid, &r.hgt);
+    r = {FromSystem(r.x), FromSystem(r.y), FromSystem(r.wid), FromSystem(r.hgt)};
   }
   return r;
 }
@@ -200,19 +282,19 @@ QRect QSDLDisplay::WorkArea() const
   SDL_Rect r{0, 0, 1280, 1024};
   if (open)
     SDL_GetDisplayUsableBounds(0, &r);
-  return {r.x, r.y, r.w, r.h};
+  return {FromSystem(r.x), FromSystem(r.y), FromSystem(r.w), FromSystem(r.h)};
 }
 
 void QSDLDisplay::MoveWindow(int x, int y)
 {
   if (window)
-    SDL_SetWindowPosition(window, x, y);
+    SDL_SetWindowPosition(window, ToSystem(x), ToSystem(y));
 }
 
 void QSDLDisplay::SizeWindow(int wid, int hgt)
 {
   if (window)
-    SDL_SetWindowSize(window, wid, hgt);
+    SDL_SetWindowSize(window, ToSystem(wid), ToSystem(hgt));
 }
 
 void QSDLDisplay::RaiseWindow()
@@ -245,12 +327,14 @@ void QSDLDisplay::ShowPointer(bool show)
 void QSDLDisplay::PlacePointer(int x, int y)
 {
   if (window)
-    SDL_WarpMouseInWindow(window, x, y);
+    SDL_WarpMouseInWindow(window, ToSystem(x), ToSystem(y));
 }
 
 void QSDLDisplay::PointerPosition(int& x, int& y) const
 {
   SDL_GetGlobalMouseState(&x, &y);
+  x = FromSystem(x);
+  y = FromSystem(y);
 }
 
 void QSDLDisplay::SetPointerShape(QPointerShape shape)
@@ -327,7 +411,7 @@ void QSDLDisplay::TakeKey(const SDL_KeyboardEvent& key)
 {
   const SDL_Keycode symbol = key.keysym.sym;
   const bool down = key.type == SDL_KEYDOWN;
-  const int number = QKeyFromSDL(symbol);
+  const int number = QKeyFromSDL(symbol, key.keysym.scancode, (key.keysym.mod & KMOD_NUM) != 0);
   if (number == QKEY_CTRL_KEY)
     ctrlHeld = down;
   // The right one chooses the third character of a key on many layouts; that isn't the command key.
@@ -335,11 +419,8 @@ void QSDLDisplay::TakeKey(const SDL_KeyboardEvent& key)
     altHeld = down;
   if (symbol == SDLK_RALT)
     rightAltHeld = down;
-  if (number == QKEY_F4 && altHeld) {
-    if (down)
-      pending.push_back(RawEvent(QEvent::CLOSE));
+  if (number == QKEY_F4 && altHeld) // the desktop's: what it makes of it comes as CLOSE
     return;
-  }
   QEvent event = RawEvent(down ? QEvent::KEYPRESS : QEvent::KEYRELEASE, number);
   // What the key types comes right behind it.
   SDL_Event next;
@@ -348,6 +429,8 @@ void QSDLDisplay::TakeKey(const SDL_KeyboardEvent& key)
     SDL_PeepEvents(&next, 1, SDL_GETEVENT, SDL_TEXTINPUT, SDL_TEXTINPUT);
     if (number == 0)
       event.n = QKEY_TEXT;
+    else if (const int typed = QKeyOfCharacter(next.text.text[0]); typed != 0 && next.text.text[1] == 0)
+      event.n = typed;
     // With the right alt key a character of its own is text; the key's plain one means alt and the key.
     const auto plain = static_cast<unsigned char>(next.text.text[0]) | 0x20;
     TakeText(rightAltHeld && plain == (symbol | 0x20) ? "" : next.text.text, &event);
@@ -379,8 +462,8 @@ void QSDLDisplay::TakeMouse(const SDL_Event& event)
   switch (event.type) {
   case SDL_MOUSEMOTION:
     mouse.type = QEvent::MOTIONNOTIFY;
-    mouse.xRoot = event.motion.x;
-    mouse.yRoot = event.motion.y;
+    mouse.xRoot = FromSystem(event.motion.x);
+    mouse.yRoot = FromSystem(event.motion.y);
     break;
   case SDL_MOUSEWHEEL: {
     const int steps = event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -event.wheel.y : event.wheel.y;
@@ -388,8 +471,8 @@ void QSDLDisplay::TakeMouse(const SDL_Event& event)
       return;
     mouse.type = QEvent::WHEEL;
     mouse.n = 120 * steps;
-    mouse.xRoot = event.wheel.mouseX;
-    mouse.yRoot = event.wheel.mouseY;
+    mouse.xRoot = FromSystem(event.wheel.mouseX);
+    mouse.yRoot = FromSystem(event.wheel.mouseY);
     break;
   }
   default:
@@ -397,8 +480,8 @@ void QSDLDisplay::TakeMouse(const SDL_Event& event)
       return;
     mouse.type = event.type == SDL_MOUSEBUTTONDOWN ? QEvent::BUTTONPRESS : QEvent::BUTTONRELEASE;
     mouse.n = event.button.button;
-    mouse.xRoot = event.button.x;
-    mouse.yRoot = event.button.y;
+    mouse.xRoot = FromSystem(event.button.x);
+    mouse.yRoot = FromSystem(event.button.y);
     break;
   }
   pending.push_back(mouse);

@@ -46,6 +46,12 @@ public:
 
 private:
   bool SetFullScreen(const QDisplayWindow& wanted);
+  void ChooseScale(const QDisplayWindow& wanted);
+  void MeasureDensity();
+  bool CheckPixelFormat(bool stereo) const;
+  // Between pixels of the interface and what the window system counts in.
+  int ToSystem(int at) const;
+  int FromSystem(int at) const;
   void TakeKey(const SDL_KeyboardEvent& key);
   void TakeText(const char* text, QEvent* press);
   void TakeMouse(const SDL_Event& event);
@@ -54,6 +60,7 @@ private:
 
   bool open = false;
   float scale = 1;
+  float density = 1; // device pixels to one of the window system's
   SDL_Window* window = nullptr;
   void* context = nullptr;
   SDL_Cursor* cursor = nullptr;

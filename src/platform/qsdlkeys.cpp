@@ -5,6 +5,7 @@
 #include <SDL.h>
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace {
 
@@ -67,9 +68,11 @@ constexpr std::array KEYS = {
     Pair{SDLK_QUOTE, QKEY_QUOTE},
 };
 
-} // namespace
+// What the keypad's digits are without Num Lock, from 0 to 9 and the point.
+constexpr std::array KEYPAD_CURSOR = {QKEY_INSERT, QKEY_END,  QKEY_DOWN, QKEY_PGDN, QKEY_LEFT,  QKEY_CLEAR,
+                                      QKEY_RIGHT,  QKEY_HOME, QKEY_UP,   QKEY_PGUP, QKEY_DELETE};
 
-int QKeyFromSDL(int32_t symbol)
+int FromSymbol(SDL_Keycode symbol)
 {
   if (symbol >= SDLK_a && symbol <= SDLK_z)
     return symbol - SDLK_a + 'A';
@@ -81,4 +84,62 @@ int QKeyFromSDL(int32_t symbol)
     return symbol - SDLK_KP_1 + QKEY_KP_0 + 1;
   const auto* found = std::find_if(KEYS.begin(), KEYS.end(), [=](const Pair& p) { return p.symbol == symbol; });
   return found == KEYS.end() ? 0 : found->key;
+}
+
+// By where the key lies, as on an English keyboard.
+int FromPlace(int scanCode)
+{
+  if (scanCode >= SDL_SCANCODE_A && scanCode <= SDL_SCANCODE_Z)
+    return scanCode - SDL_SCANCODE_A + 'A';
+  if (scanCode >= SDL_SCANCODE_1 && scanCode <= SDL_SCANCODE_9)
+    return scanCode - SDL_SCANCODE_1 + '1';
+  switch (scanCode) {
+  case SDL_SCANCODE_0:
+    return '0';
+  case SDL_SCANCODE_MINUS:
+    return QKEY_MINUS;
+  case SDL_SCANCODE_EQUALS:
+    return QKEY_PLUS;
+  case SDL_SCANCODE_LEFTBRACKET:
+    return QKEY_LBRACKET;
+  case SDL_SCANCODE_RIGHTBRACKET:
+    return QKEY_RBRACKET;
+  case SDL_SCANCODE_BACKSLASH:
+    return QKEY_BACKSLASH;
+  case SDL_SCANCODE_SEMICOLON:
+    return QKEY_SEMICOLON;
+  case SDL_SCANCODE_APOSTROPHE:
+    return QKEY_QUOTE;
+  case SDL_SCANCODE_GRAVE:
+    return QKEY_GRAVE;
+  case SDL_SCANCODE_COMMA:
+    return QKEY_COMMA;
+  case SDL_SCANCODE_PERIOD:
+    return QKEY_PERIOD;
+  case SDL_SCANCODE_SLASH:
+    return QKEY_SLASH;
+  default:
+    return 0;
+  }
+}
+
+} // namespace
+
+int QKeyFromSDL(int32_t symbol, int scanCode, bool numLock)
+{
+  const int key = FromSymbol(symbol);
+  if (key == 0)
+    return FromPlace(scanCode);
+  if (!numLock && key >= QKEY_KP_0 && key <= QKEY_KP_9)
+    return KEYPAD_CURSOR[static_cast<size_t>(key - QKEY_KP_0)];
+  if (!numLock && key == QKEY_KP_DECIMAL)
+    return KEYPAD_CURSOR.back();
+  return key;
+}
+
+int QKeyOfCharacter(char c)
+{
+  constexpr std::string_view MARKS = ";=,-./`[\\]'";
+  const size_t at = MARKS.find(c);
+  return at == std::string_view::npos || c == 0 ? 0 : FromSymbol(c);
 }

@@ -56,9 +56,11 @@ public:
   QRect rShell{0, 0, 1280, 1024};
   const QRect* rBC = nullptr; // not owned; null: 45, 45, 320 x 256
   uint32_t createFlags = 164;
+  float scale = 0; // device pixels to a pixel of the interface, from 1 to 4 in halves; 0: as the screen suggests
   struct GLSettings
   {
     int width = 640, height = 480, bits = 32, stencil = 8, alpha = 8, depth = 24, hz = 60;
+    bool stereo = false;
     float gamma = 1.0f;
   } glSettings;
 

@@ -216,18 +216,18 @@ void QCanvas::Text(std::string_view text, int x, int y, int len)
   font->IsTexFont() ? TexFontText(text, x, y) : OutlineText(text, x, y);
 }
 
-void QCanvas::Glyph(const QGlyph& glyph, int x, int y, float wid, float hgt, const QRect& limit)
+void QCanvas::Glyph(const QGlyph& glyph, float x, float y, float wid, float hgt, const QRect& limit)
 {
-  const float left = std::max(static_cast<float>(x), static_cast<float>(limit.x));
-  const float top = std::max(static_cast<float>(y), static_cast<float>(limit.y));
-  const float right = std::min(static_cast<float>(x) + wid, static_cast<float>(limit.x + limit.wid));
-  const float bottom = std::min(static_cast<float>(y) + hgt, static_cast<float>(limit.y + limit.hgt));
+  const float left = std::max(x, static_cast<float>(limit.x));
+  const float top = std::max(y, static_cast<float>(limit.y));
+  const float right = std::min(x + wid, static_cast<float>(limit.x + limit.wid));
+  const float bottom = std::min(y + hgt, static_cast<float>(limit.y + limit.hgt));
   if (right <= left || bottom <= top)
     return;
   constexpr float TEXEL = 1.0f / QGlyphAtlas::SIZE;
   const float perX = static_cast<float>(glyph.wid) / wid, perY = static_cast<float>(glyph.hgt) / hgt;
-  const auto u = [&](float at) { return (static_cast<float>(glyph.x) + (at - static_cast<float>(x)) * perX) * TEXEL; };
-  const auto v = [&](float at) { return (static_cast<float>(glyph.y) + (at - static_cast<float>(y)) * perY) * TEXEL; };
+  const auto u = [&](float at) { return (static_cast<float>(glyph.x) + (at - x) * perX) * TEXEL; };
+  const auto v = [&](float at) { return (static_cast<float>(glyph.y) + (at - y) * perY) * TEXEL; };
   const uint32_t rgba = Packed(color, blending);
   app->GetBatch().Quad(app->GetGlyphAtlas().Texture(), {{{left, top, u(left), v(top), rgba},
                                                          {right, top, u(right), v(top), rgba},
@@ -239,14 +239,14 @@ void QCanvas::TexFontText(std::string_view text, int x, int y)
 {
   const QRect root = window.RootRect();
   const QRect limit = ClipOnRoot();
+  const float scale = app->GetDisplay().Scale();
   auto pen = static_cast<float>(root.x + x);
   QFont::TexChar c;
   for (size_t at = 0; at < text.size();) {
     if (!font->FindTexChar(QNextChar(text, at), c))
       continue;
-    // The left edge on a whole pixel: a texel is then a pixel, and letters are sharp.
-    Glyph(*c.glyph, static_cast<int>(std::lround(pen + c.bearing)), root.y + y, c.wid,
-          static_cast<float>(c.glyph->hgt) * font->GetScaleY(), limit);
+    // The left edge on a whole pixel of the screen: a texel is then a pixel, and letters are sharp.
+    Glyph(*c.glyph, std::round((pen + c.bearing) * scale) / scale, static_cast<float>(root.y + y), c.wid, c.hgt, limit);
     pen += c.advance;
   }
 }
@@ -256,12 +256,14 @@ void QCanvas::OutlineText(std::string_view text, int x, int y)
   QOutlineFace& face = *font->Face();
   const QRect root = window.RootRect();
   const QRect limit = ClipOnRoot();
-  auto pen = static_cast<float>(root.x + x);
-  const int base = root.y + y + face.Ascent();
+  const float scale = app->GetDisplay().Scale();
+  // In whole pixels of the screen, for which the characters were made.
+  float pen = std::round(static_cast<float>(root.x + x) * scale);
+  const float base = std::round(static_cast<float>(root.y + y) * scale) + static_cast<float>(face.DeviceAscent());
   for (size_t at = 0; at < text.size();) {
     const QGlyph& glyph = *face.Glyph(QNextChar(text, at));
-    Glyph(glyph, static_cast<int>(pen) + glyph.left, base - glyph.top, static_cast<float>(glyph.wid),
-          static_cast<float>(glyph.hgt), limit);
+    Glyph(glyph, (pen + static_cast<float>(glyph.left)) / scale, (base - static_cast<float>(glyph.top)) / scale,
+          static_cast<float>(glyph.wid) / scale, static_cast<float>(glyph.hgt) / scale, limit);
     pen += glyph.advance;
   }
 }

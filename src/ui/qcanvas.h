@@ -93,8 +93,8 @@ private:
 
   void OutlineText(std::string_view text, int x, int y);
   void TexFontText(std::string_view text, int x, int y);
-  // Stretched into a place on the top-level window that starts at whole pixels.
-  void Glyph(const QGlyph& glyph, int x, int y, float wid, float hgt, const QRect& limit);
+  // Stretched into a place on the top-level window, cut at the limit.
+  void Glyph(const QGlyph& glyph, float x, float y, float wid, float hgt, const QRect& limit);
   bool Ready();
   void Quad(QRect r, const std::array<QColor, 4>& corners);
   QRect ClipOnRoot() const;

@@ -17,7 +17,9 @@ struct QDisplayWindow
   bool resizable = false;
   bool frame = true; // title bar and borders of the window system
   int bits = 32, depth = 24, stencil = 8, alpha = 8;
-  int hz = 0; // refresh rate of a full screen; 0: any
+  bool stereo = false; // a picture for each eye
+  int hz = 0;          // refresh rate of a full screen; 0: any
+  float scale = 0;     // device pixels to a pixel of the toolkit; 0: as the screen suggests
 };
 
 enum class QPointerShape

@@ -1,5 +1,6 @@
 #include "ui/qfont.h"
 
+#include "foundation/qfilename.h"
 #include "foundation/qimage.h"
 #include "foundation/qreport.h"
 #include "geometry/dtexfont.h"
@@ -42,8 +43,13 @@ bool QFont::CreateTexFont()
   if (texFont)
     QERR("QFont:Create(); texFont (%s) was already created", family.c_str());
   texFont = std::make_shared<DTexFont>();
-  if (app && texFont->Load(family)) {
-    CopyTexGlyphs();
+  // On a fine screen twice as fine letters, if there are some.
+  const std::string fine = family + "@2x";
+  const bool isFine = app && app->GetDisplay().Scale() > 1 && QFileExists(fine + ".dtf");
+  density = isFine ? 2.0f : 1.0f;
+  const std::string& base = isFine ? fine : family;
+  if (app && texFont->Load(base)) {
+    CopyTexGlyphs(base);
     return true;
   }
   QWARN("Couldn't load texture of tex font '%s'", family.c_str());
@@ -52,10 +58,10 @@ bool QFont::CreateTexFont()
 }
 
 // Into the atlas, so that texts of several fonts are drawn together.
-void QFont::CopyTexGlyphs()
+void QFont::CopyTexGlyphs(const std::string& base)
 {
   texGlyphs = std::make_shared<std::map<int, QGlyph>>();
-  const QImage picture(family + ".tga");
+  const QImage picture(base + ".tga");
   QGlyphAtlas& atlas = app->GetGlyphAtlas();
   for (const DTexFont::Char& c : texFont->Chars()) {
     const bool inside = picture.GetBuffer() && picture.GetDepth() == 32 && c.x >= 0 && c.y >= 0 && c.wid > 0 &&
@@ -89,8 +95,9 @@ bool QFont::FindTexChar(char32_t c, TexChar& found) const
   const DTexFont::Char* record = texFont->Find(code);
   if (!record)
     return false;
-  found = {&glyph->second, record->bearingx * scaleX, static_cast<float>(record->wid) * scaleX,
-           record->advance * scaleX};
+  const float perX = scaleX / density;
+  found = {&glyph->second, record->bearingx * perX, static_cast<float>(record->wid) * perX,
+           static_cast<float>(record->hgt) * scaleY / density, record->advance * perX};
   return true;
 }
 
@@ -100,8 +107,8 @@ float QFont::GetHeight(const char* text) const
     return 0;
   const std::string_view lines = text ? text : "";
   const auto count = 1 + std::count(lines.begin(), lines.end(), '\n');
-  const float line =
-      texFont ? static_cast<float>(texFont->Height()) * scaleY : static_cast<float>(face->Ascent() + face->Descent());
+  const float line = texFont ? static_cast<float>(texFont->Height()) * scaleY / density
+                             : static_cast<float>(face->Ascent() + face->Descent());
   return line * static_cast<float>(count);
 }
 
@@ -159,6 +166,7 @@ QFont* QFont::Smaller()
   if (texFont) { // its pictures stay, drawn narrower
     smaller->texFont = texFont;
     smaller->texGlyphs = texGlyphs;
+    smaller->density = density;
     smaller->scaleX = scaleX * static_cast<float>(size - 1) / static_cast<float>(size);
     smaller->scaleY = scaleY;
   } else {

@@ -62,7 +62,7 @@ public:
   {
     const QGlyph* glyph; // in the atlas
     float bearing;       // pixels from the pen to its left edge
-    float wid;
+    float wid, hgt;
     float advance;
   };
   bool IsTexFont() const { return texFont != nullptr; }
@@ -78,11 +78,12 @@ private:
   int size, slant, weight, type;
   float scaleX = 1, scaleY = 1;
   bool CreateTexFont();
-  void CopyTexGlyphs();
+  void CopyTexGlyphs(const std::string& base);
   std::unique_ptr<QOutlineFace> face;
   std::shared_ptr<DTexFont> texFont; // shared with the smaller forms
   // By code; shared as well.
   std::shared_ptr<std::map<int, QGlyph>> texGlyphs;
   mutable std::set<char32_t> missing;
   std::unique_ptr<QFont> smaller;
+  float density = 1; // texels to a pixel of the interface
 };

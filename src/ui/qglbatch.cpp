@@ -3,6 +3,7 @@
 #include "geometry/dglobal.h"
 #include "ui/qapp.h"
 
+#include <cmath>
 #include <epoxy/gl.h>
 
 namespace {
@@ -14,7 +15,9 @@ void Setup2D()
   glPushAttrib(GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT | GL_TEXTURE_BIT | GL_TRANSFORM_BIT | GL_VIEWPORT_BIT |
                GL_CURRENT_BIT | GL_POLYGON_BIT | GL_LIGHTING_BIT);
   glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
-  glViewport(0, 0, window.wid, window.hgt);
+  const float scale = app->GetDisplay().Scale();
+  const auto device = [=](int size) { return static_cast<GLsizei>(std::lround(static_cast<float>(size) * scale)); };
+  glViewport(0, 0, device(window.wid), device(window.hgt));
   glMatrixMode(GL_PROJECTION);
   glPushMatrix();
   glLoadIdentity();

@@ -32,8 +32,9 @@ void Setup(const DOverlayStyle& style)
   pipe.DisableArray(DPipe::COLOR_ARRAY);
   pipe.DisableTexCoordArray();
   pipe.EnableArray(DPipe::VERTEX_ARRAY);
-  glLineWidth(style.width);
-  glPointSize(style.width);
+  const float scale = app ? app->GetDisplay().Scale() : 1;
+  glLineWidth(style.width * scale);
+  glPointSize(style.width * scale);
   const QColor& c = style.color;
   glColor4ub(static_cast<GLubyte>(c.GetR()), static_cast<GLubyte>(c.GetG()), static_cast<GLubyte>(c.GetB()),
              static_cast<GLubyte>(c.GetA()));
@@ -93,6 +94,7 @@ void QGLOverlay::Text(const DVector3& at, std::string_view text, const DOverlayS
   canvas.SetFont(font);
   canvas.SetBlending(true);
   canvas.SetColor(style.color);
-  canvas.Text(text, static_cast<int>(x),
-              app->GetShell()->rect.hgt - static_cast<int>(y) - static_cast<int>(font->GetHeight()));
+  const float scale = app->GetDisplay().Scale();
+  canvas.Text(text, static_cast<int>(x / scale),
+              app->GetShell()->rect.hgt - static_cast<int>(y / scale) - static_cast<int>(font->GetHeight()));
 }

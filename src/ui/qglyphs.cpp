@@ -5,6 +5,7 @@
 #include "ui/qtext.h"
 
 #include <algorithm>
+#include <cmath>
 #include <epoxy/gl.h>
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
@@ -193,7 +194,9 @@ std::unique_ptr<QOutlineFace> QOutlineFace::Open(std::string_view family, int pi
     face = nullptr;
     return nullptr;
   }
-  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(pixels)) != 0)
+  opened->scale = app->GetDisplay().Scale();
+  const long devicePixels = std::lround(static_cast<float>(pixels) * opened->scale);
+  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(devicePixels)) != 0)
     return nullptr;
   opened->ascent = static_cast<int>((face->size->metrics.ascender + 63) >> 6);
   opened->descent = static_cast<int>((-face->size->metrics.descender + 63) >> 6);
@@ -225,5 +228,15 @@ float QOutlineFace::Width(std::string_view text)
   float width = 0;
   for (size_t at = 0; at < text.size();)
     width += Glyph(QNextChar(text, at))->advance;
-  return width;
+  return width / scale;
+}
+
+int QOutlineFace::Ascent() const
+{
+  return static_cast<int>(std::ceil(static_cast<float>(ascent) / scale));
+}
+
+int QOutlineFace::Descent() const
+{
+  return static_cast<int>(std::ceil(static_cast<float>(descent) / scale));
 }

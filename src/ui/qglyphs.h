@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-// One character in the atlas; pixels.
+// One character in the atlas; the device's pixels.
 struct QGlyph
 {
   int x = 0, y = 0; // in the atlas
@@ -56,16 +56,19 @@ private:
 class QOutlineFace
 {
 public:
-  // Null when there is no font at all. The nearest to what is asked is taken, as the machine's font settings say.
+  // pixels: of the interface. Null when there is no font at all. The nearest to what is asked is taken, as the
+  // machine's font settings say.
   static std::unique_ptr<QOutlineFace> Open(std::string_view family, int pixels, bool italic, bool bold, bool mono);
   ~QOutlineFace();
   QOutlineFace(const QOutlineFace&) = delete;
   QOutlineFace& operator=(const QOutlineFace&) = delete;
   // Never null. The picture is empty for a character that can't be drawn.
   const QGlyph* Glyph(char32_t c);
+  // In pixels of the interface, as the characters are made for the screen's finer ones.
   float Width(std::string_view text);
-  int Ascent() const { return ascent; }
-  int Descent() const { return descent; }
+  int Ascent() const;
+  int Descent() const;
+  int DeviceAscent() const { return ascent; }
   const std::string& File() const { return file; }
 
 private:
@@ -73,6 +76,7 @@ private:
   struct Face;
   std::unique_ptr<Face> face;
   std::string file;
-  int ascent = 0, descent = 0;
+  float scale = 1;
+  int ascent = 0, descent = 0; // the device's pixels
   std::map<char32_t, QGlyph> glyphs;
 };

@@ -6,6 +6,7 @@ enum QKey : int
 {
   QKEY_BACKSPACE = 8,
   QKEY_TAB = 9,
+  QKEY_CLEAR = 12, // the keypad's 5 without Num Lock
   QKEY_ENTER = 13, // the keypad's as well
   QKEY_SHIFT_KEY = 16,
   QKEY_CTRL_KEY = 17,

@@ -7,17 +7,31 @@
 #include "ui/qglbatch.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <epoxy/gl.h>
 #include <filesystem>
 #include <string>
 
+namespace {
+
+// The device's pixels of a rectangle of the interface.
+QRect OnDevice(const QRect& r)
+{
+  const float scale = app->GetDisplay().Scale();
+  const auto device = [=](int at) { return static_cast<int>(std::lround(static_cast<float>(at) * scale)); };
+  const int x = device(r.x), y = device(r.y);
+  return {x, y, device(r.x + r.wid) - x, device(r.y + r.hgt) - y};
+}
+
+} // namespace
+
 bool QReadBackBuffer(QBitMap& bitmap, const QRect* part)
 {
   if (!DGlobals().hasContext || !app || !app->GetShell())
     return false;
-  const QRect whole = app->GetShell()->RootRect();
-  const QRect r = part ? *part : whole;
+  const QRect whole = OnDevice(app->GetShell()->RootRect());
+  const QRect r = part ? OnDevice(*part) : whole;
   if (!bitmap.Alloc(32, r.wid, r.hgt))
     return false;
   app->GetBatch().Flush();

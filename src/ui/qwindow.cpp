@@ -60,6 +60,8 @@ bool QWindow::Create()
     wanted.stencil = app->glSettings.stencil;
     wanted.alpha = app->glSettings.alpha;
     wanted.hz = app->glSettings.hz;
+    wanted.stereo = app->glSettings.stereo;
+    wanted.scale = app->scale;
     xwin = std::make_unique<QXWindow>(app->GetDisplay(), *this);
     if (!xwin->Create(wanted))
       return false;

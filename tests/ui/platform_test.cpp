@@ -34,6 +34,43 @@ TEST(SdlKeys, HaveTheNumbersThatTheSystemCompares)
     EXPECT_EQ(c.key, QKeyFromSDL(c.symbol)) << SDL_GetKeyName(c.symbol);
 }
 
+// All keys that a mode or a control is worked by, on whatever keyboard.
+TEST(SdlKeys, AreFoundOnEveryLayout)
+{
+  const struct
+  {
+    const char* what;
+    SDL_Keycode symbol;
+    int place;
+    bool numLock;
+    int key;
+  } cases[] = {{"Cyrillic ef, where A lies", 0x444, SDL_SCANCODE_A, true, 'A'},
+               {"French ampersand, where 1 lies", SDLK_AMPERSAND, SDL_SCANCODE_1, true, '1'},
+               {"French a, where Q lies", SDLK_a, SDL_SCANCODE_Q, true, 'A'},
+               {"French 0 without shift", 0xE0, SDL_SCANCODE_0, true, '0'},
+               {"Greek, where the bracket lies", 0x3C0, SDL_SCANCODE_LEFTBRACKET, true, QKEY_LBRACKET},
+               {"German z", SDLK_z, SDL_SCANCODE_Y, true, 'Z'},
+               {"keypad 7", SDLK_KP_7, SDL_SCANCODE_KP_7, true, QKEY_KP_0 + 7},
+               {"keypad 7 without Num Lock", SDLK_KP_7, SDL_SCANCODE_KP_7, false, QKEY_HOME},
+               {"keypad 0 without Num Lock", SDLK_KP_0, SDL_SCANCODE_KP_0, false, QKEY_INSERT},
+               {"keypad point without Num Lock", SDLK_KP_PERIOD, SDL_SCANCODE_KP_PERIOD, false, QKEY_DELETE},
+               {"keypad plus without Num Lock", SDLK_KP_PLUS, SDL_SCANCODE_KP_PLUS, false, QKEY_KP_ADD},
+               {"comma", SDLK_COMMA, SDL_SCANCODE_COMMA, true, 188},
+               {"period", SDLK_PERIOD, SDL_SCANCODE_PERIOD, true, 190},
+               {"minus", SDLK_MINUS, SDL_SCANCODE_MINUS, true, 189},
+               {"equals", SDLK_EQUALS, SDL_SCANCODE_EQUALS, true, 187},
+               {"brackets", SDLK_RIGHTBRACKET, SDL_SCANCODE_RIGHTBRACKET, true, 221},
+               {"grave", SDLK_BACKQUOTE, SDL_SCANCODE_GRAVE, true, 192},
+               {"nothing known", SDLK_VOLUMEUP, SDL_SCANCODE_VOLUMEUP, true, 0}};
+  for (const auto& c : cases)
+    EXPECT_EQ(c.key, QKeyFromSDL(c.symbol, c.place, c.numLock)) << c.what;
+  // A mark that needs another key on this layout is still its own key.
+  EXPECT_EQ(QKEY_LBRACKET, QKeyOfCharacter('['));
+  EXPECT_EQ(QKEY_PLUS, QKeyOfCharacter('='));
+  for (const char c : {'a', '+', '0', ' ', '\0'})
+    EXPECT_EQ(0, QKeyOfCharacter(c)) << c;
+}
+
 TEST(SingleInstance, IsHeldUntilItsProcessEnds)
 {
   const std::string name = "pavex-test-" + std::to_string(getpid());
@@ -73,6 +110,7 @@ protected:
       GTEST_SKIP() << "no offscreen video driver here";
     application = std::make_unique<QApp>("test", "Test", std::move(owned));
     application->rShell = {0, 0, 320, 240};
+    application->scale = Scale();
     application->createFlags |= QApp::NO_BC;
     if (!application->Create() || !QReadBackBuffer(picture))
       GTEST_SKIP() << "no OpenGL context without a screen here";
@@ -91,6 +129,7 @@ protected:
     cv.SetColor(0, 0, 0);
     cv.Clear();
   }
+  virtual float Scale() const { return 1; }
   // Pixels in the rectangle that aren't black.
   int Lit(const QRect& r)
   {
@@ -258,6 +297,40 @@ TEST_F(OffscreenTest, TheOverlayDrawsWithTheCurrentMatrices)
     EXPECT_GT(Lit({200, 120, 40, 25}), 5);
   }
   EXPECT_EQ(0u, glGetError());
+}
+
+class FineScreenTest : public OffscreenTest
+{
+protected:
+  float Scale() const override { return 2; }
+};
+
+TEST_F(FineScreenTest, DrawsByItsOwnPixels)
+{
+  ASSERT_EQ(2, display->Scale());
+  const QRect window = display->WindowRect();
+  EXPECT_EQ(320, window.wid);
+  EXPECT_EQ(240, window.hgt);
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  cv.SetBlending(false);
+  cv.SetColor(0, 0, 0);
+  cv.Clear();
+  cv.SetColor(255, 255, 255);
+  cv.Rectfill(10, 20, 30, 5);
+  ASSERT_TRUE(QReadBackBuffer(picture));
+  EXPECT_EQ(640, picture.GetWidth());
+  EXPECT_EQ(60 * 10, Lit({0, 0, 640, 480}));
+  EXPECT_EQ(60 * 10, Lit({20, 40, 60, 10}));
+  // Letters are as fine as the screen, and take the room that they take on a coarse one.
+  QFont* font = application->GetSystemFont();
+  if (font->GetWidth("m") <= 0)
+    GTEST_SKIP() << "no font here";
+  EXPECT_NEAR(font->GetAscent() + 3, font->GetHeight(), 3);
+  cv.SetFont(font);
+  cv.SetBlending(true);
+  cv.Text("mm", 100, 100);
+  EXPECT_GT(Lit({200, 200, 2 * static_cast<int>(font->GetWidth("mm")), 2 * static_cast<int>(font->GetHeight())}), 60);
+  EXPECT_EQ(Lit({200, 200, 200, 100}), Lit({200, 200, 2 * static_cast<int>(font->GetWidth("mm")) + 2, 100}));
 }
 
 } // namespace

@@ -16,8 +16,8 @@
 namespace {
 
 constexpr int SIZE = 12;   // pixels to the em; the lines of the screen are 16 apart
-constexpr int WIDTH = 256; // of the picture
-constexpr int MAX_HEIGHT = 512;
+constexpr int WIDTH = 256; // of the picture, for that size
+constexpr int MAX_HEIGHT = 1024;
 
 struct FontCloser
 {
@@ -52,11 +52,11 @@ public:
       return false;
     const FT_GlyphSlot glyph = face->glyph;
     const int wid = static_cast<int>(glyph->bitmap.width);
-    if (penX + wid + 1 > WIDTH) {
+    if (penX + wid + 1 > picture.GetWidth()) {
       penX = 1;
       penY += height + 1;
     }
-    if (wid + 2 > WIDTH || UsedRows() > picture.GetHeight())
+    if (wid + 2 > picture.GetWidth() || UsedRows() > picture.GetHeight())
       return false;
     place = {
         code, penX, penY, wid, static_cast<double>(glyph->advance.x) / 64, static_cast<double>(glyph->bitmap_left)};
@@ -114,6 +114,27 @@ std::string Table(const std::vector<Place>& places, int height)
   return ini.Close().Take();
 }
 
+// The picture and the table of one size, times the usual one. False when the font can't be drawn so.
+bool AddSize(FT_Face face, int times, const std::string& base, QFileSet& files)
+{
+  std::vector<Place> places;
+  int height = 0;
+  QBitMap picture;
+  bool drawn = false;
+  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(times * SIZE)) == 0)
+    for (int rows = 128; rows <= MAX_HEIGHT && !drawn; rows *= 2) {
+      places.clear();
+      picture.Alloc(32, times * WIDTH, rows);
+      drawn = DrawAll(face, picture, places, height);
+    }
+  if (!drawn)
+    return false;
+  // A file that can't be written is noticed when all are put in their place.
+  static_cast<void>(files.Add(base + ".tga", QWriteTGA(picture, QBitMap::TGA)) &&
+                    files.Add(base + ".dtf", Table(places, height)));
+  return true;
+}
+
 } // namespace
 
 bool DemoMakeFont(const std::string& root, const std::string& fontFile)
@@ -130,26 +151,16 @@ bool DemoMakeFont(const std::string& root, const std::string& fontFile)
     return false;
   }
   const FaceOwner face(rawFace); // goes before its library
-  std::vector<Place> places;
-  int height = 0;
-  QBitMap picture(32, WIDTH, 128);
-  bool drawn = false;
-  if (FT_Set_Pixel_Sizes(rawFace, 0, SIZE) == 0)
-    for (int rows = 128; rows <= MAX_HEIGHT && !drawn; rows *= 2) {
-      places.clear();
-      picture.Alloc(32, WIDTH, rows);
-      drawn = DrawAll(rawFace, picture, places, height);
-    }
-  if (!drawn) {
-    QERR("DemoMakeFont(); the characters of '%s' don't fit", fontFile.c_str());
-    return false;
-  }
   const std::string directory = root + "/data/fonts";
   std::error_code error;
   std::filesystem::create_directories(directory, error);
   QFileSet files;
-  if (!files.Add(directory + "/eurostile11.tga", QWriteTGA(picture, QBitMap::TGA)) ||
-      !files.Add(directory + "/eurostile11.dtf", Table(places, height)) || !files.Commit()) {
+  if (!AddSize(rawFace, 1, directory + "/eurostile11", files) ||
+      !AddSize(rawFace, 2, directory + "/eurostile11@2x", files)) {
+    QERR("DemoMakeFont(); the characters of '%s' don't fit", fontFile.c_str());
+    return false;
+  }
+  if (!files.Commit()) {
     QERR("DemoMakeFont(); can't write '%s'", directory.c_str());
     return false;
   }
