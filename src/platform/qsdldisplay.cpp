@@ -43,7 +43,7 @@ bool QSDLDisplay::Open()
   SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
   open = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
   if (open)
-    SDL_EnableScreenSaver(); // an editor isn't a film
+    SDL_DisableScreenSaver(); // who looks at a circuit for a while may leave the mouse alone
   return open;
 }
 

@@ -96,8 +96,11 @@ void QWindowManager::ConvertPointer(QEvent event)
 // Shows the event to the window, once. False when it isn't used.
 bool QWindowManager::Offer(QWindow* w, const QEvent& event, std::vector<const QWindow*>& offered)
 {
-  if (std::find(offered.begin(), offered.end(), w) != offered.end())
-    return false;
+  return std::find(offered.begin(), offered.end(), w) == offered.end() && OfferFirst(w, event, offered);
+}
+
+bool QWindowManager::OfferFirst(QWindow* w, const QEvent& event, std::vector<const QWindow*>& offered)
+{
   offered.push_back(w);
   QEvent local = event;
   if (event.xRoot != QEvent::MAGIC)
@@ -113,7 +116,7 @@ bool QWindowManager::OfferKeyCatchers(const QEvent& event, std::vector<const QWi
     if (w->catchKeys & QWindow::CATCH_KEYS && w->IsVisible() && w->IsEnabled() && IsInActiveGroup(w))
       catchers.push_back(w);
   for (QWindow* w : catchers)
-    if (Contains(w) && Offer(w, event, offered))
+    if (Contains(w) && OfferFirst(w, event, offered))
       return true;
   return false;
 }

@@ -1,10 +1,15 @@
 #include "ui/qwindowmanager.h"
 
+#include "foundation/qimage.h"
 #include "foundation/qreport.h"
+#include "geometry/dtexture.h"
 #include "ui/qapp.h"
 #include "ui/qwindow.h"
 
 #include <algorithm>
+
+QWindowManager::QWindowManager() = default;
+QWindowManager::~QWindowManager() = default;
 
 bool QWindowManager::AddWindow(QWindow* w)
 {
@@ -13,6 +18,7 @@ bool QWindowManager::AddWindow(QWindow* w)
     return false;
   }
   windows.push_back(w);
+  known.insert(w);
   if (onAddWindow)
     onAddWindow(w);
   return true;
@@ -26,18 +32,19 @@ bool QWindowManager::RemoveWindow(QWindow* w)
     return false;
   }
   windows.erase(at);
+  known.erase(w);
   if (app && app->GetEventQueue())
     app->GetEventQueue()->Forget(w);
-  for (QWindow** known : {&focus, &grabbed, &pointerWin, &activeGroup})
-    if (*known == w)
-      *known = nullptr;
+  for (QWindow** mine : {&focus, &grabbed, &pointerWin, &activeGroup})
+    if (*mine == w)
+      *mine = nullptr;
   RequestPaint();
   return true;
 }
 
 bool QWindowManager::Contains(const QWindow* w) const
 {
-  return std::find(windows.begin(), windows.end(), w) != windows.end();
+  return known.count(w) > 0;
 }
 
 void QWindowManager::SetKeyboardFocus(QWindow* w)
@@ -120,11 +127,37 @@ QWindow* QWindowManager::FindXWindow(const QXWindow* xwin) const
   return nullptr;
 }
 
+bool QWindowManager::SetBackgroundImage(const std::string& path)
+{
+  backgroundTexture.reset();
+  RequestPaint();
+  if (path.empty())
+    return true;
+  auto picture = std::make_unique<QImage>(path);
+  if (!picture->GetBuffer())
+    return false;
+  backgroundTexture = std::make_unique<DBitMapTexture>(std::move(picture));
+  return true;
+}
+
 void QWindowManager::PaintBackground(QWindow* w, const QRect* r)
 {
   QCanvas& cv = w->GetCanvas();
+  const QRect area = r ? *r : QRect{0, 0, w->rect.wid, w->rect.hgt};
   cv.SetColor(background);
-  cv.Rectfill(r ? *r : QRect{0, 0, w->rect.wid, w->rect.hgt});
+  cv.Rectfill(area);
+  if (!backgroundTexture)
+    return;
+  cv.SetColor(PX_WHITE);
+  const int wid = backgroundTexture->width, hgt = backgroundTexture->height;
+  for (int y = area.y / hgt * hgt; y < area.y + area.hgt; y += hgt)
+    for (int x = area.x / wid * wid; x < area.x + area.wid; x += wid) {
+      // Of each tile what lies in the area.
+      const int left = std::max(area.x - x, 0), top = std::max(area.y - y, 0);
+      const QRect part{left, top, std::min(wid, area.x + area.wid - x) - left,
+                       std::min(hgt, area.y + area.hgt - y) - top};
+      w->PaintTexture(backgroundTexture.get(), part, x + left, y + top);
+    }
 }
 
 void QWindowManager::PaintAll()

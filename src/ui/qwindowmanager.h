@@ -7,10 +7,13 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
+class DTexture;
 class QWindow;
 class QXWindow;
 
@@ -18,6 +21,8 @@ class QXWindow;
 class QWindowManager : public QObject
 {
 public:
+  QWindowManager();
+  ~QWindowManager() override;
   const char* GetClassName() const override { return "QWindowManager"; }
 
   // False, reported, for a window outside the active group.
@@ -51,6 +56,9 @@ public:
   QWindow* FindXWindow(const QXWindow* xwin) const;
 
   void SetBackgroundColor(const QColor& c) { background = c; }
+  // A picture that covers the background as tiles, from the window's origin; an empty path: none. False, reported, when
+  // it can't be read: then the colour stays.
+  bool SetBackgroundImage(const std::string& path);
   void PaintBackground(QWindow* w, const QRect* r);
   void PaintAll();      // the background, then all visible windows from the oldest on
   void PaintChildren(); // the same without the shell and its background
@@ -83,18 +91,21 @@ private:
     int x = 0, y = 0;
   };
   bool Offer(QWindow* w, const QEvent& event, std::vector<const QWindow*>& offered);
+  bool OfferFirst(QWindow* w, const QEvent& event, std::vector<const QWindow*>& offered);
   bool OfferKeyCatchers(const QEvent& event, std::vector<const QWindow*>& offered);
   bool Bubble(const QEvent& event, std::vector<const QWindow*>& offered);
   void ConvertPointer(QEvent event);
   void FocusByOrder(bool forward);
   QWindow* TabStopNext(int from, bool forward) const;
 
-  std::deque<QWindow*> windows; // not owned
+  std::deque<QWindow*> windows;             // not owned
+  std::unordered_set<const QWindow*> known; // the same ones; asked for each event
   QWindow* focus = nullptr;
   QWindow* grabbed = nullptr;
   QWindow* pointerWin = nullptr;
   QWindow* activeGroup = nullptr;
   QColor background{94, 94, 94};
+  std::unique_ptr<DTexture> backgroundTexture;
   Press lastPress;
   int pointerX = 0, pointerY = 0; // where the platform last told
   bool paintWanted = true;

@@ -299,6 +299,31 @@ TEST_F(OffscreenTest, TheOverlayDrawsWithTheCurrentMatrices)
   EXPECT_EQ(0u, glGetError());
 }
 
+TEST_F(OffscreenTest, ABackgroundPictureCoversAnAreaAsTiles)
+{
+  TempDir dir;
+  QBitMap tile(32, 3, 2);
+  for (int y = 0; y < 2; ++y)
+    for (int x = 0; x < 3; ++x)
+      tile.SetColorAt(x, y, QColor(x == 0 ? 200 : 50, y == 0 ? 100 : 0, 7));
+  ASSERT_TRUE(tile.Write(dir.Path("tile.tga").c_str(), QBitMap::TGA));
+  QWindowManager& wm = *application->GetWindowManager();
+  Clear();
+  ASSERT_TRUE(wm.SetBackgroundImage(dir.Path("tile.tga")));
+  const QRect area{10, 21, 7, 5}; // cuts tiles on all sides
+  wm.PaintBackground(application->GetShell(), &area);
+  for (int y = 20; y < 28; ++y)
+    for (int x = 8; x < 19; ++x) {
+      const QColor c = At(x, y);
+      const bool inside = area.Contains(x, y);
+      EXPECT_EQ(inside ? (x % 3 == 0 ? 200 : 50) : 0, c.GetR()) << x << "," << y;
+      EXPECT_EQ(inside && y % 2 == 0 ? 100 : 0, c.GetG()) << x << "," << y;
+    }
+  ReportCapture reports;
+  EXPECT_FALSE(wm.SetBackgroundImage(dir.Path("none.tga")));
+  EXPECT_GT(reports.Problems(), 0);
+}
+
 class FineScreenTest : public OffscreenTest
 {
 protected:
