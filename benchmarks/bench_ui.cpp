@@ -110,6 +110,27 @@ BENCHMARK(ListStep)
     ->DenseRange(0, 2)
     ->Unit(benchmark::kMillisecond);
 
+// A megabyte in lines: typing, and moving by a page.
+void EditStep(benchmark::State& state)
+{
+  Panel panel;
+  std::string text;
+  while (text.size() < 1 << 20)
+    text += "a line of some length, as notes have them\n";
+  QEdit edit(panel.application->GetShell(), {700, 50, 300, 400}, 2 << 20, QEdit::MULTILINE | QEdit::SCROLLBAR, text);
+  panel.application->GetWindowManager()->SetKeyboardFocus(&edit);
+  edit.Goto(text.size() / 2);
+  for (auto _ : state) {
+    if (state.range(0) == 0)
+      panel.display->Type("x");
+    else
+      panel.display->Key(QKEY_PGDN);
+    panel.application->RunPoll();
+    edit.Paint();
+  }
+}
+BENCHMARK(EditStep)->Name("text of 1 MB: step")->ArgName("type_page")->DenseRange(0, 1)->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 BENCHMARK_MAIN();

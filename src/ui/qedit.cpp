@@ -1,10 +1,13 @@
 #include "ui/qedit.h"
 
+#include "foundation/qreport.h"
 #include "ui/qapp.h"
 #include "ui/qfont.h"
+#include "ui/qscrollbar.h"
 #include "ui/qtext.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -40,11 +43,77 @@ QEdit::QEdit(QWindow* owner, const QRect& area, size_t maximum, uint32_t wanted,
     rect.hgt = relPos.hgt = height + 8;
   cursor = anchor = text.size();
   Start(true);
+  if (IsMultiLine() && editFlags & SCROLLBAR)
+    bar = std::make_unique<QScrollBar>(
+        this, QRect{rect.wid - QScrollBar::THICKNESS - 1, 1, QScrollBar::THICKNESS, rect.hgt - 2});
+  KeepCursorVisible();
+}
+
+QEdit::~QEdit() = default;
+
+void QEdit::TextChanged()
+{
+  lineIndex.clear();
+  Invalidate();
+}
+
+// What is typed letter by letter is undone as a whole.
+void QEdit::Remember(size_t at, std::string_view removed, std::string_view inserted)
+{
+  constexpr size_t MOST = 1000;
+  redo.clear();
+  if (joinsNext && removed.empty() && !undo.empty() && undo.back().at + undo.back().inserted.size() == at) {
+    undo.back().inserted += inserted;
+    return;
+  }
+  if (undo.size() == MOST)
+    undo.erase(undo.begin());
+  undo.push_back({at, std::string(removed), std::string(inserted)});
+}
+
+void QEdit::Replace(size_t begin, size_t end, std::string_view more)
+{
+  more = CutTo(more, maxSize - std::min(maxSize, text.size() - (end - begin)));
+  if (begin == end && more.empty())
+    return;
+  Remember(begin, std::string_view(text).substr(begin, end - begin), more);
+  text.replace(begin, end - begin, more);
+  TextChanged();
+  MoveTo(begin + more.size(), false);
+}
+
+bool QEdit::Undo()
+{
+  if (undo.empty())
+    return false;
+  const Change change = std::move(undo.back());
+  undo.pop_back();
+  text.replace(change.at, change.inserted.size(), change.removed);
+  redo.push_back(change);
+  TextChanged();
+  MoveTo(change.at + change.removed.size(), false);
+  return true;
+}
+
+bool QEdit::Redo()
+{
+  if (redo.empty())
+    return false;
+  const Change change = std::move(redo.back());
+  redo.pop_back();
+  text.replace(change.at, change.removed.size(), change.inserted);
+  undo.push_back(change);
+  TextChanged();
+  MoveTo(change.at + change.inserted.size(), false);
+  return true;
 }
 
 void QEdit::SetText(std::string_view content)
 {
   text = CutTo(content, maxSize);
+  TextChanged();
+  undo.clear();
+  redo.clear();
   cursor = anchor = text.size();
   scrollX = 0;
   firstLine = 0;
@@ -93,8 +162,7 @@ void QEdit::Paste()
     if (static_cast<unsigned char>(c) >= 32 || c == '\n')
       more += c;
   }
-  DeleteSelection();
-  Insert(more);
+  Replace(SelectionBegin(), SelectionEnd(), more);
 }
 
 void QEdit::Goto(size_t position)
@@ -104,6 +172,11 @@ void QEdit::Goto(size_t position)
 
 bool QEdit::Find(std::string_view wanted, bool caseDependent)
 {
+  constexpr size_t LONGEST = 1023;
+  if (wanted.size() > LONGEST) {
+    QWARN("QEdit:Find(); find string too big");
+    return false;
+  }
   const auto lower = [](std::string s) {
     for (char& c : s)
       c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
@@ -119,30 +192,29 @@ bool QEdit::Find(std::string_view wanted, bool caseDependent)
   return true;
 }
 
-std::vector<QEdit::Line> QEdit::Lines() const
+const std::vector<QEdit::Line>& QEdit::Lines() const
 {
-  std::vector<Line> lines;
-  size_t begin = 0;
-  while (true) {
+  if (!lineIndex.empty())
+    return lineIndex;
+  for (size_t begin = 0;;) {
     const size_t end = IsMultiLine() ? text.find('\n', begin) : std::string::npos;
-    lines.push_back({begin, std::min(end, text.size())});
+    lineIndex.push_back({begin, std::min(end, text.size())});
     if (end == std::string::npos)
-      return lines;
+      return lineIndex;
     begin = end + 1;
   }
 }
 
 size_t QEdit::LineOf(const std::vector<Line>& lines, size_t position) const
 {
-  size_t i = 0;
-  while (i + 1 < lines.size() && lines[i + 1].begin <= position)
-    ++i;
-  return i;
+  const auto behind = std::upper_bound(lines.begin() + 1, lines.end(), position,
+                                       [](size_t at, const Line& line) { return at < line.begin; });
+  return static_cast<size_t>(behind - lines.begin()) - 1;
 }
 
 int QEdit::GetCursorX() const
 {
-  const auto lines = Lines();
+  const auto& lines = Lines();
   int n = 0;
   for (size_t at = lines[LineOf(lines, cursor)].begin; at < cursor; ++n)
     QNextChar(text, at);
@@ -156,6 +228,7 @@ int QEdit::GetCursorY() const
 
 void QEdit::MoveTo(size_t position, bool select)
 {
+  joinsNext = false;
   cursor = position;
   if (!select)
     anchor = cursor;
@@ -186,7 +259,7 @@ size_t QEdit::WordStep(bool forward) const
 
 size_t QEdit::EmptyLine(bool forward) const
 {
-  const auto lines = Lines();
+  const auto& lines = Lines();
   for (size_t i = LineOf(lines, cursor); forward ? ++i < lines.size() : i-- > 0;)
     if (lines[i].begin == lines[i].end)
       return lines[i].begin;
@@ -195,7 +268,7 @@ size_t QEdit::EmptyLine(bool forward) const
 
 void QEdit::MoveByLines(int count, bool select)
 {
-  const auto lines = Lines();
+  const auto& lines = Lines();
   const auto last = static_cast<int>(lines.size()) - 1;
   const int from = static_cast<int>(LineOf(lines, cursor));
   const Line& target = lines[static_cast<size_t>(std::clamp(from + count, 0, last))];
@@ -210,7 +283,7 @@ void QEdit::MoveByLines(int count, bool select)
 // True when the key moves the cursor.
 bool QEdit::MoveKey(int key, bool shift, bool ctrl)
 {
-  const auto lines = Lines();
+  const auto& lines = Lines();
   const size_t line = LineOf(lines, cursor);
   const int page = VisibleLines();
   const bool drops = HasSelection() && !shift; // left and up only drop the selection
@@ -254,16 +327,25 @@ bool QEdit::MoveKey(int key, bool shift, bool ctrl)
 
 void QEdit::DeleteSelection()
 {
-  const size_t begin = SelectionBegin();
-  text.erase(begin, SelectionEnd() - begin);
-  MoveTo(begin, false);
+  Replace(SelectionBegin(), SelectionEnd(), {});
 }
 
 void QEdit::Insert(std::string_view more)
 {
-  more = CutTo(more, maxSize - std::min(maxSize, text.size()));
-  text.insert(cursor, more);
-  MoveTo(cursor + more.size(), false);
+  Replace(SelectionBegin(), SelectionEnd(), more);
+}
+
+// The blanks that the line of the cursor begins with, as far as the cursor.
+std::string QEdit::Indentation() const
+{
+  if (!(editFlags & AUTO_INDENT))
+    return {};
+  const auto& lines = Lines();
+  const size_t begin = lines[LineOf(lines, SelectionBegin())].begin;
+  size_t end = begin;
+  while (end < SelectionBegin() && text[end] == ' ')
+    ++end;
+  return text.substr(begin, end - begin);
 }
 
 bool QEdit::MayOverwrite() const
@@ -279,17 +361,21 @@ bool QEdit::TypeCharacter(char32_t c)
 {
   if (c < 32 || c == 127)
     return false;
-  if (HasSelection()) {
-    DeleteSelection();
-  } else if (MayOverwrite()) {
-    size_t next = cursor;
-    QNextChar(text, next);
-    anchor = next;
-    DeleteSelection();
-  }
+  if (!HasSelection() && MayOverwrite())
+    QNextChar(text, anchor);
+  const auto& lines = Lines();
+  const size_t begin = lines[LineOf(lines, SelectionBegin())].begin;
+  if (editFlags & SMART_INDENT && c == '}' && !HasSelection() && cursor >= begin + 2 &&
+      text.compare(cursor - 2, 2, "  ") == 0)
+    anchor = cursor - 2;
   std::string one;
   QAppendChar(one, c);
+  const bool first = editFlags & SMART_INDENT && c == '#' && !HasSelection() && begin < cursor &&
+                     text.find_first_not_of(' ', begin) >= cursor;
+  if (first)
+    anchor = begin;
   Insert(one);
+  joinsNext = true;
   return true;
 }
 
@@ -306,22 +392,31 @@ bool QEdit::EditKey(int key, bool ctrl)
   }
   if (editFlags & READ_ONLY)
     return false;
-  if (ctrl && key == 'X') {
+  const bool joins = std::exchange(joinsNext, false);
+  if (ctrl && key == 'Z') {
+    Undo();
+  } else if (ctrl && key == 'Y') {
+    Redo();
+  } else if (ctrl && key == 'X') {
     Cut();
   } else if (ctrl && key == 'V') {
     Paste();
   } else if (key == QKEY_BACKSPACE || key == QKEY_DELETE) {
     if (!HasSelection()) {
-      if (key == QKEY_BACKSPACE)
+      if (ctrl)
+        anchor = WordStep(key == QKEY_DELETE);
+      else if (key == QKEY_BACKSPACE)
         anchor = QPreviousChar(text, cursor);
       else if (cursor < text.size())
         QNextChar(text, anchor);
     }
     DeleteSelection();
   } else if (key == QKEY_ENTER && IsMultiLine()) {
-    DeleteSelection();
-    Insert("\n");
+    Insert("\n" + Indentation());
+  } else if (key == QKEY_TAB) {
+    Insert("  ");
   } else {
+    joinsNext = joins;
     return TypeCharacter(typed);
   }
   return true;
@@ -339,14 +434,38 @@ bool QEdit::Event(QEvent* event)
     Invalidate();
     return true;
   }
+  if (bar && event->win == bar.get() && (event->type == QEvent::CLICK || event->type == QEvent::SLIDE)) {
+    ScrollTo(bar->GetPosition());
+    return true;
+  }
+  if (event->type == QEvent::WHEEL && IsMultiLine()) {
+    ScrollTo(static_cast<int>(firstLine) + (event->n > 0 ? -3 : 3));
+    return true;
+  }
   typed = event->type == QEvent::KEYPRESS ? event->text : 0;
   return QControl::Event(event);
+}
+
+// The cursor stays where it is, out of sight if need be.
+void QEdit::ScrollTo(int line)
+{
+  const int last = static_cast<int>(Lines().size()) - VisibleLines();
+  firstLine = static_cast<size_t>(std::clamp(line, 0, std::max(last, 0)));
+  if (bar)
+    bar->SetPosition(static_cast<int>(firstLine));
+  Invalidate();
+}
+
+int QEdit::BarWidth() const
+{
+  return bar ? QScrollBar::THICKNESS : 0;
 }
 
 bool QEdit::EvKeyPress(int key, int x, int y)
 {
   const int plain = QKeyOf(key);
-  if (!IsEnabled() || QIsModifierKey(plain) || plain == QKEY_TAB)
+  const bool leaves = plain == QKEY_TAB && (!(editFlags & TAKES_TAB) || key != QKEY_TAB);
+  if (!IsEnabled() || QIsModifierKey(plain) || leaves)
     return QControl::EvKeyPress(key, x, y);
   caretSince = app->GetDisplay().Clock();
   if (plain != QKEY_UP && plain != QKEY_DOWN && plain != QKEY_PGUP && plain != QKEY_PGDN)
@@ -412,7 +531,7 @@ int QEdit::VisibleLines() const
 size_t QEdit::PositionAt(int x, int y) const
 {
   const QFont& f = *GetFont();
-  const auto lines = Lines();
+  const auto& lines = Lines();
   const int height = static_cast<int>(f.GetHeight());
   const int row = height > 0 && IsMultiLine() ? (y - 4) / height + static_cast<int>(firstLine) : 0;
   const Line& line = lines[static_cast<size_t>(std::clamp(row, 0, static_cast<int>(lines.size()) - 1))];
@@ -431,14 +550,18 @@ size_t QEdit::PositionAt(int x, int y) const
 
 void QEdit::KeepCursorVisible()
 {
-  const auto lines = Lines();
+  const auto& lines = Lines();
   const size_t line = LineOf(lines, cursor);
   const std::string_view before(text.data() + lines[line].begin, cursor - lines[line].begin);
   const int pen = static_cast<int>(GetFont()->GetWidth(before));
-  const int room = std::max(rect.wid - 2 * MARGIN - 1, 0);
+  const int room = std::max(rect.wid - 2 * MARGIN - 1 - BarWidth(), 0);
   scrollX = std::clamp(scrollX, std::max(0, pen - room), pen);
   const auto visible = static_cast<size_t>(VisibleLines());
   firstLine = std::clamp(firstLine, line + 1 > visible ? line + 1 - visible : 0, line);
+  if (bar) {
+    bar->SetLines(static_cast<int>(lines.size()), static_cast<int>(visible));
+    bar->SetPosition(static_cast<int>(firstLine));
+  }
 }
 
 bool QEdit::ShowsCaret() const
@@ -478,9 +601,9 @@ void QEdit::Paint(const QRect*)
   cv.Rectfill(0, 0, rect.wid, rect.hgt);
   cv.SetColor(HasFocus() ? PX_FOCUS : PX_FACE, 255);
   cv.Rectangle(0, 0, rect.wid, rect.hgt);
-  cv.SetClipRect(2, 2, rect.wid - 4, rect.hgt - 4);
+  cv.SetClipRect(2, 2, rect.wid - 4 - BarWidth(), rect.hgt - 4);
   cv.SetFont(GetFont());
-  const auto lines = Lines();
+  const auto& lines = Lines();
   const auto visible = static_cast<size_t>(VisibleLines());
   const int height = static_cast<int>(GetFont()->GetHeight());
   int y = IsMultiLine() ? 4 : (rect.hgt - height) / 2;

@@ -2,9 +2,12 @@
 
 #include "ui/qcontrol.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+class QScrollBar;
 
 // A field to type in: one line, or several. Enter in a single line sends CLICK with the key in n.
 // Positions are byte offsets into the text and always lie between two characters.
@@ -21,9 +24,13 @@ public:
     STOP_AT_DOT = 0x0200, // ... but never one of these
     STOP_AT_COLON = 0x0400,
     STOP_AT_MINUS = 0x0800,
+    AUTO_INDENT = 0x1000,  // a new line begins as far in as the one above
+    SMART_INDENT = 0x2000, // "}" goes two blanks back, "#" to the first column
+    TAKES_TAB = 0x4000,    // the tab key inserts two blanks
   };
   // maxSize: bytes that the text may have; what goes beyond is refused.
   QEdit(QWindow* owner, const QRect& area, size_t maxSize, uint32_t flags = 0, std::string_view content = {});
+  ~QEdit() override;
   const char* GetClassName() const override { return "QEdit"; }
   void Paint(const QRect* r = nullptr) override;
   bool Event(QEvent* event) override;
@@ -33,6 +40,9 @@ public:
   bool EvKeyPress(int key, int x, int y) override;
   bool EvEnter(QEvent* event) override;
   bool EvLeave(QEvent* event) override;
+  // Of what was typed, pasted and deleted since SetText; false when there is nothing left.
+  bool Undo();
+  bool Redo();
 
   void SetText(std::string_view content) override; // cut at the maximum; the cursor goes to the end
   void SelectAll();
@@ -43,7 +53,8 @@ public:
   void Copy();
   void Paste();
   void Goto(size_t position);
-  // Selects the next place of the text behind the cursor. False when there is none.
+  // Selects the next place of the text behind the cursor. False when there is none, or the wanted text is longer than
+  // 1,023 bytes (reported).
   bool Find(std::string_view wanted, bool caseDependent = true);
   size_t GetCursor() const { return cursor; }
   int GetCursorX() const; // characters from the start of its line
@@ -58,8 +69,21 @@ private:
     size_t begin, end; // without the line feed
   };
   bool IsMultiLine() const { return editFlags & MULTILINE; }
-  std::vector<Line> Lines() const;
+  // One step of editing: at a place, bytes that went and bytes that came.
+  struct Change
+  {
+    size_t at;
+    std::string removed, inserted;
+  };
+  const std::vector<Line>& Lines() const; // never empty
   size_t LineOf(const std::vector<Line>& lines, size_t position) const;
+  // All changes of the text but SetText's come through here.
+  void Replace(size_t begin, size_t end, std::string_view more);
+  void Remember(size_t at, std::string_view removed, std::string_view inserted);
+  void TextChanged();
+  void ScrollTo(int line);
+  int BarWidth() const;
+  std::string Indentation() const;
   size_t SelectionBegin() const { return std::min(anchor, cursor); }
   size_t SelectionEnd() const { return std::max(anchor, cursor); }
   void MoveTo(size_t position, bool select);
@@ -81,6 +105,10 @@ private:
   size_t maxSize;
   size_t cursor = 0, anchor = 0; // the selection lies between them
   size_t firstLine = 0;
+  mutable std::vector<Line> lineIndex; // empty: to be made anew
+  std::vector<Change> undo, redo;
+  bool joinsNext = false; // a character typed next belongs to the last change
+  std::unique_ptr<QScrollBar> bar;
   int column = -1; // that moving up and down keeps to; -1: the cursor's
   int scrollX = 0; // pixels hidden at the left
   bool selecting = false;

@@ -226,4 +226,122 @@ TEST_F(EditTest, TheMouseSetsTheCursorAndSelects)
   EXPECT_EQ(nullptr, Manager().GetFocus());
 }
 
+TEST_F(EditTest, IndentsAsAProgrammerExpects)
+{
+  Make("  if", QEdit::MULTILINE | QEdit::AUTO_INDENT | QEdit::SMART_INDENT | QEdit::TAKES_TAB);
+  Keys({QKEY_ENTER, QKEY_TAB});
+  Type("x");
+  Keys({QKEY_ENTER});
+  Type("}");
+  Keys({QKEY_ENTER});
+  Type("#");
+  EXPECT_EQ("  if\n    x\n  }\n#|", Shown());
+  Keys({SHIFT | QKEY_TAB});
+  EXPECT_EQ("  if\n    x\n  }\n#|", Shown());
+}
+
+TEST_F(EditTest, UndoesAndRedoesWhatWasDone)
+{
+  Make("");
+  Type("one two");
+  Keys({CTRL | QKEY_BACKSPACE});
+  Type("six");
+  Keys({QKEY_HOME});
+  Type("a");
+  const char* states[] = {"aone six", "one six", "one ", "one two", ""};
+  for (size_t i = 0; i < std::size(states); ++i) {
+    EXPECT_EQ(states[i], edit->GetText());
+    Keys({CTRL | 'Z'});
+  }
+  for (size_t i = std::size(states); i-- > 0;) {
+    EXPECT_EQ(states[i], edit->GetText());
+    Keys({CTRL | 'Y'});
+  }
+  Keys({CTRL | 'Z'});
+  Type("b");
+  EXPECT_FALSE(edit->Redo()); // another way was taken
+  edit->SetText("new");
+  EXPECT_FALSE(edit->Undo());
+}
+
+TEST_F(EditTest, ScrollsBesideItsCursor)
+{
+  std::string lines;
+  for (int i = 0; i < 50; ++i)
+    lines += std::to_string(i) + "\n";
+  Make(lines, QEdit::MULTILINE | QEdit::SCROLLBAR, 1000);
+  Keys({CTRL | QKEY_HOME});
+  display->Click(202, 62); // the bar's lower arrow
+  Run();
+  EXPECT_EQ(&*edit, Manager().GetFocus());
+  EXPECT_EQ(0, edit->GetCursorY());
+  display->Click(20, 20);
+  Run();
+  EXPECT_EQ(1, edit->GetCursorY()); // the first that is seen now
+  display->Wheel(-120);
+  display->now += 1000; // no double click
+  display->Click(20, 20);
+  Run();
+  EXPECT_EQ(4, edit->GetCursorY());
+  Type("x");
+  EXPECT_TRUE(edit->GetText().find("\n4x\n") != std::string::npos ||
+              edit->GetText().find("\nx4\n") != std::string::npos);
+}
+
+// Against the obvious way to edit a text, with any keys in any order.
+TEST_F(EditTest, HoldsWhatAPlainModelHolds)
+{
+  constexpr size_t MOST = 60;
+  Make("", QEdit::MULTILINE, MOST);
+  std::string model;
+  size_t cursor = 0, anchor = 0;
+  uint32_t random = 12345;
+  const auto below = [&](uint32_t n) { return (random = random * 1664525 + 1013904223) / 65536 % n; };
+  const auto replace = [&](const std::string& more) {
+    const size_t begin = std::min(cursor, anchor), end = std::max(cursor, anchor);
+    const bool fits = model.size() - (end - begin) + more.size() <= MOST;
+    model.replace(begin, end - begin, fits ? more : "");
+    cursor = anchor = begin + (fits ? more.size() : 0);
+  };
+  for (int i = 0; i < 4000; ++i) {
+    const bool shift = below(3) == 0;
+    switch (below(7)) {
+    case 0:
+      Keys({QKEY_LEFT | (shift ? SHIFT : 0)});
+      cursor = anchor != cursor && !shift ? std::max(anchor, cursor) : cursor - (cursor > 0);
+      anchor = shift ? anchor : cursor;
+      break;
+    case 1:
+      Keys({QKEY_RIGHT | (shift ? SHIFT : 0)});
+      cursor += cursor < model.size();
+      anchor = shift ? anchor : cursor;
+      break;
+    case 2:
+      Keys({QKEY_BACKSPACE});
+      anchor = anchor == cursor && cursor > 0 ? cursor - 1 : anchor;
+      replace("");
+      break;
+    case 3:
+      Keys({QKEY_DELETE});
+      anchor = anchor == cursor && cursor < model.size() ? cursor + 1 : anchor;
+      replace("");
+      break;
+    case 4:
+      Keys({QKEY_ENTER});
+      replace("\n");
+      break;
+    default: {
+      const std::string letter(1, static_cast<char>('a' + below(26)));
+      Type(letter);
+      replace(letter);
+    }
+    }
+    ASSERT_EQ(model, edit->GetText()) << i;
+    ASSERT_EQ(cursor, edit->GetCursor()) << i;
+  }
+  while (edit->Undo()) {
+  }
+  EXPECT_LE(edit->GetText().size(), MOST);
+}
+
 } // namespace
