@@ -106,7 +106,7 @@ bool DTexFont::Load(const std::string& base)
     ReadPlace(info, path + ".outline", outlinePicture, outline);
     if (c.code > 255)
       flags |= WIDE;
-    if (!ranges.empty() && c.code == ranges.back().last + 1) {
+    if (!ranges.empty() && int64_t{c.code} == int64_t{ranges.back().last} + 1) {
       ranges.back().last = c.code;
     } else {
       if (ranges.size() >= MAX_RANGES)
@@ -147,7 +147,7 @@ DTexFont::Quads DTexFont::Layout(std::string_view text) const
       continue;
     const float left = quads.width + c->bearingx * xScale;
     const float right = left + static_cast<float>(c->wid) * xScale;
-    const auto bottom = static_cast<float>(-c->hgt);
+    const auto bottom = -static_cast<float>(c->hgt);
     quads.position.insert(quads.position.end(), {{left, bottom}, {right, bottom}, {right, 0}, {left, 0}});
     quads.texCoord.insert(quads.texCoord.end(), {{c->u0, c->v0}, {c->u1, c->v0}, {c->u1, c->v1}, {c->u0, c->v1}});
     quads.width += c->advance * xScale;

@@ -1,5 +1,6 @@
 #include "ui/qapp.h"
 
+#include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "ui/qfont.h"
 #include "ui/qglbatch.h"
@@ -9,6 +10,23 @@
 #include <cstdlib>
 
 QApp* app = nullptr;
+
+namespace {
+
+// On a machine without fonts the data root's own one. Both report what they miss; an interface without letters still
+// takes keys.
+std::unique_ptr<QFont> MakeSystemFont(const char* family, int points)
+{
+  constexpr const char* STAND_IN = "data/fonts/eurostile11";
+  auto font = std::make_unique<QFont>(family, points);
+  if (font->Create() || !QFileExists(std::string(STAND_IN) + ".dtf"))
+    return font;
+  font = std::make_unique<QFont>(STAND_IN, points, QFont::ROMAN, QFont::NORMAL, QFont::TEXTURE_FONT);
+  static_cast<void>(font->Create());
+  return font;
+}
+
+} // namespace
 
 QApp::QApp(std::string_view name, std::string_view windowTitle, std::unique_ptr<QDisplay> machine) :
     QAppCore(name, windowTitle.empty() ? "Tessel" : windowTitle), display(std::move(machine))
@@ -70,11 +88,8 @@ bool QApp::Create()
   }
   if (shell && !(createFlags & NO_BC))
     bc = std::make_unique<QBC>(shell.get(), rBC ? *rBC : QRect{45, 45, 320, 256});
-  sysFont = std::make_unique<QFont>("ms sans serif", 10);
-  sysFontMono = std::make_unique<QFont>("courier", 8);
-  // Both report what they miss; an interface without letters still takes keys.
-  static_cast<void>(sysFont->Create());
-  static_cast<void>(sysFontMono->Create());
+  sysFont = MakeSystemFont("ms sans serif", 10);
+  sysFontMono = MakeSystemFont("courier", 8);
   return true;
 }
 

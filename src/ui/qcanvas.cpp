@@ -1,15 +1,21 @@
 #include "ui/qcanvas.h"
 
+#include "foundation/qbitmap.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
 #include "ui/qapp.h"
 #include "ui/qfont.h"
 #include "ui/qglbatch.h"
+#include "ui/qgloverlay.h"
 #include "ui/qglyphs.h"
 #include "ui/qtext.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -44,8 +50,16 @@ QRect Intersection(const QRect& a, const QRect& b)
 class Run
 {
 public:
-  Run() { app->GetBatch().Begin(); }
-  ~Run() { app->GetBatch().End(); }
+  Run()
+  {
+    if (app)
+      app->GetBatch().Begin();
+  }
+  ~Run()
+  {
+    if (app)
+      app->GetBatch().End();
+  }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 };
@@ -84,7 +98,17 @@ void QCanvas::Swap()
 
 void QCanvas::Clear()
 {
-  Rectfill(0, 0, window.rect.wid, window.rect.hgt);
+  bitmap ? FillBitMap({0, 0, bitmap->GetWidth(), bitmap->GetHeight()})
+         : Rectfill(0, 0, window->rect.wid, window->rect.hgt);
+}
+
+void QCanvas::FillBitMap(const QRect& r)
+{
+  QRect inside = Intersection(r, {0, 0, bitmap->GetWidth(), bitmap->GetHeight()});
+  if (clipped)
+    inside = Intersection(inside, clip);
+  if (inside.wid > 0 && inside.hgt > 0)
+    bitmap->Fill(&inside, color, false);
 }
 
 void QCanvas::SetColor(int px, int alpha)
@@ -109,7 +133,7 @@ void QCanvas::SetClipRect(int x, int y, int wid, int hgt)
 // Where drawing may reach, on the top-level window.
 QRect QCanvas::ClipOnRoot() const
 {
-  QRect r = window.RootRect();
+  QRect r = window->RootRect();
   if (!clipped)
     return {0, 0, 32767, 32767};
   return {r.x + clip.x, r.y + clip.y, clip.wid, clip.hgt};
@@ -117,7 +141,7 @@ QRect QCanvas::ClipOnRoot() const
 
 void QCanvas::Quad(QRect r, const std::array<QColor, 4>& corners)
 {
-  const QRect root = window.RootRect();
+  const QRect root = window->RootRect();
   r.x += root.x;
   r.y += root.y;
   if (clipped)
@@ -126,30 +150,35 @@ void QCanvas::Quad(QRect r, const std::array<QColor, 4>& corners)
     return;
   const Run run;
   QGlyphAtlas& atlas = app->GetGlyphAtlas();
-  constexpr float W = QGlyphAtlas::WHITE;
+  const uint32_t texture = atlas.Texture();
+  const float w = atlas.White();
   const auto x = static_cast<float>(r.x), y = static_cast<float>(r.y);
   const auto right = static_cast<float>(r.x + r.wid), below = static_cast<float>(r.y + r.hgt);
-  app->GetBatch().Quad(atlas.Texture(), {{{x, y, W, W, Packed(corners[0], blending)},
-                                          {right, y, W, W, Packed(corners[1], blending)},
-                                          {right, below, W, W, Packed(corners[2], blending)},
-                                          {x, below, W, W, Packed(corners[3], blending)}}});
+  app->GetBatch().Quad(texture, {{{x, y, w, w, Packed(corners[0], blending)},
+                                  {right, y, w, w, Packed(corners[1], blending)},
+                                  {right, below, w, w, Packed(corners[2], blending)},
+                                  {x, below, w, w, Packed(corners[3], blending)}}});
 }
 
 void QCanvas::Rectfill(int x, int y, int wid, int hgt)
 {
-  if (Ready())
+  if (bitmap)
+    FillBitMap({x, y, wid, hgt});
+  else if (Ready())
     Quad({x, y, wid, hgt}, {color, color, color, color});
 }
 
 void QCanvas::Rectfill(const QRect& r, const std::array<QColor, 4>& corners)
 {
-  if (Ready())
+  if (bitmap)
+    FillBitMap(r);
+  else if (Ready())
     Quad(r, corners);
 }
 
 void QCanvas::Rectangle(int x, int y, int wid, int hgt)
 {
-  if (!Ready() || wid <= 0 || hgt <= 0)
+  if ((!bitmap && !Ready()) || wid <= 0 || hgt <= 0)
     return;
   const Run run;
   Rectfill(x, y, wid, 1);
@@ -160,6 +189,10 @@ void QCanvas::Rectangle(int x, int y, int wid, int hgt)
 
 void QCanvas::Line(int x1, int y1, int x2, int y2)
 {
+  if (bitmap) {
+    QWARN("Canvas:Line not supported for X");
+    return;
+  }
   if (!Ready())
     return;
   if (x1 == x2 || y1 == y2) {
@@ -179,6 +212,10 @@ void QCanvas::Line(int x1, int y1, int x2, int y2)
 
 void QCanvas::Edges(const QRect& r, const QColor& topLeft, const QColor& bottomRight)
 {
+  if (bitmap) {
+    QWARN("QCanvas:Outline not support for ISX");
+    return;
+  }
   if (!Ready())
     return;
   const Run run;
@@ -208,12 +245,67 @@ void QCanvas::Text(std::string_view text, int x, int y, int len)
     QWARN("QCanvas:Text(); no font selected");
     return;
   }
+  if (textStyle != 0)
+    QWARN("QCanvas:Text(); can't handle styles nyi/win32");
   if (len >= 0)
     text = text.substr(0, static_cast<size_t>(len));
-  if (!Ready() || !font->IsCreated())
+  if (bitmap || !Ready() || !font->IsCreated())
     return;
   const Run run;
   font->IsTexFont() ? TexFontText(text, x, y) : OutlineText(text, x, y);
+}
+
+void QCanvas::Text(std::u32string_view text, int x, int y, int len)
+{
+  std::string narrow;
+  for (const char32_t c : text.substr(0, len < 0 ? text.size() : static_cast<size_t>(len)))
+    QAppendChar(narrow, c);
+  Text(std::string_view(narrow), x, y);
+}
+
+void QCanvas::Text3D(std::string_view text, float x, float y)
+{
+  if (!font) {
+    QWARN("QCanvas:Text3D(); no font selected");
+    return;
+  }
+  if (font->IsTexFont()) {
+    QWARN("QCanvas:Text3D does not support texfonts");
+    return;
+  }
+  DOverlayStyle style;
+  style.color = color;
+  QGLOverlay(*this).Text({x, y, 0}, text, style);
+}
+
+void QCanvas::DrawPixels(int x, int y, int wid, int hgt, std::span<const uint32_t> rgba)
+{
+  if (bitmap) {
+    QWARN("QCanvas::DrawPixels() not implemented for USEX");
+    return;
+  }
+  if (!Ready() || wid <= 0 || hgt <= 0 || rgba.size() / static_cast<size_t>(wid) < static_cast<size_t>(hgt))
+    return;
+  const QRect root = window->RootRect();
+  app->GetBatch().Pixels({root.x + x, root.y + y, wid, hgt}, rgba.data(), blending, ClipOnRoot());
+}
+
+bool QCanvas::Blit(const QDrawable& source, int dx, int dy, int wid, int hgt, int sx, int sy, bool blend)
+{
+  const auto* picture = dynamic_cast<const QBitMap*>(&source);
+  if (!picture || picture->GetDepth() != 32 || !picture->GetBuffer())
+    return false;
+  const QRect part = Intersection({sx, sy, wid, hgt}, {0, 0, picture->GetWidth(), picture->GetHeight()});
+  if (part.wid <= 0 || part.hgt <= 0)
+    return true;
+  std::vector<uint32_t> rows(static_cast<size_t>(part.wid) * static_cast<size_t>(part.hgt));
+  for (int row = 0; row < part.hgt; ++row) // the picture's lowest row comes first
+    std::memcpy(rows.data() + row * part.wid, picture->GetPixelAddress(part.x, picture->GetHeight() - 1 - part.y - row),
+                static_cast<size_t>(part.wid) * 4);
+  const bool before = std::exchange(blending, blend);
+  DrawPixels(dx + part.x - sx, dy + part.y - sy, part.wid, part.hgt, rows);
+  blending = before;
+  return true;
 }
 
 void QCanvas::Glyph(const QGlyph& glyph, float x, float y, float wid, float hgt, const QRect& limit)
@@ -224,10 +316,10 @@ void QCanvas::Glyph(const QGlyph& glyph, float x, float y, float wid, float hgt,
   const float bottom = std::min(y + hgt, static_cast<float>(limit.y + limit.hgt));
   if (right <= left || bottom <= top)
     return;
-  constexpr float TEXEL = 1.0f / QGlyphAtlas::SIZE;
+  const float texel = 1.0f / static_cast<float>(app->GetGlyphAtlas().Size());
   const float perX = static_cast<float>(glyph.wid) / wid, perY = static_cast<float>(glyph.hgt) / hgt;
-  const auto u = [&](float at) { return (static_cast<float>(glyph.x) + (at - x) * perX) * TEXEL; };
-  const auto v = [&](float at) { return (static_cast<float>(glyph.y) + (at - y) * perY) * TEXEL; };
+  const auto u = [&](float at) { return (static_cast<float>(glyph.x) + (at - x) * perX) * texel; };
+  const auto v = [&](float at) { return (static_cast<float>(glyph.y) + (at - y) * perY) * texel; };
   const uint32_t rgba = Packed(color, blending);
   app->GetBatch().Quad(app->GetGlyphAtlas().Texture(), {{{left, top, u(left), v(top), rgba},
                                                          {right, top, u(right), v(top), rgba},
@@ -237,7 +329,7 @@ void QCanvas::Glyph(const QGlyph& glyph, float x, float y, float wid, float hgt,
 
 void QCanvas::TexFontText(std::string_view text, int x, int y)
 {
-  const QRect root = window.RootRect();
+  const QRect root = window->RootRect();
   const QRect limit = ClipOnRoot();
   const float scale = app->GetDisplay().Scale();
   auto pen = static_cast<float>(root.x + x);
@@ -254,7 +346,7 @@ void QCanvas::TexFontText(std::string_view text, int x, int y)
 void QCanvas::OutlineText(std::string_view text, int x, int y)
 {
   QOutlineFace& face = *font->Face();
-  const QRect root = window.RootRect();
+  const QRect root = window->RootRect();
   const QRect limit = ClipOnRoot();
   const float scale = app->GetDisplay().Scale();
   // In whole pixels of the screen, for which the characters were made.
@@ -308,7 +400,7 @@ void QCanvas::Texture(uint32_t glTexture, int texWid, int texHgt, const QRect& s
   if (!Ready() || texWid <= 0 || texHgt <= 0)
     return;
   const Run run;
-  const QRect root = window.RootRect();
+  const QRect root = window->RootRect();
   const auto x = static_cast<float>(root.x + dst.x), y = static_cast<float>(root.y + dst.y);
   const auto u = [&](int texel) { return static_cast<float>(texel) / static_cast<float>(texWid); };
   const auto v = [&](int texel) { return 1.0f - static_cast<float>(texel) / static_cast<float>(texHgt); };

@@ -6,9 +6,11 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 class QBitMap;
+class QDrawable;
 class QFont;
 struct QGlyph;
 class QWindow;
@@ -43,7 +45,9 @@ enum class QAlign
 class QCanvas : public QObject
 {
 public:
-  explicit QCanvas(QWindow& owner) : window(owner) {}
+  explicit QCanvas(QWindow& owner) : window(&owner) {}
+  // Onto a plain picture of 32 bits, without OpenGL: rectangles are filled, all else is reported. It must live longer.
+  explicit QCanvas(QBitMap& target) : bitmap(&target) {}
   QCanvas(const QCanvas&) = delete;
   QCanvas& operator=(const QCanvas&) = delete;
   const char* GetClassName() const override { return "QCanvas"; }
@@ -80,6 +84,16 @@ public:
   void Inline(const QRect& r);                                                  // sunken
   // One line of text, x, y at the top left; len -1 for all of it.
   void Text(std::string_view text, int x, int y, int len = -1);
+  void Text(std::u32string_view text, int x, int y, int len = -1);
+  // At a point of the 3D view, as the current matrices place it; outline fonts only. Reported without a font.
+  void Text3D(std::string_view text, float x, float y);
+  // Bold, slanted and the like belong to the font: a style other than 0 is reported with the next text.
+  void SetTextStyle(int style) { textStyle = style; }
+  // Pixels from the top row down, red in the lowest byte, at their own size; at once, over what was drawn before.
+  void DrawPixels(int x, int y, int wid, int hgt, std::span<const uint32_t> rgba);
+  // Part of a picture (QBitMap), source from its top left; false for anything else. With blend by its alpha, else
+  // whole.
+  bool Blit(const QDrawable& source, int dx, int dy, int wid, int hgt, int sx, int sy, bool blend);
   // Up to 10 lines, the block in the middle of the rectangle.
   void TextML(std::string_view text, const QRect& r, QAlign align = QAlign::CENTER);
   // Part of a texture of OpenGL; source in texels from the top.
@@ -99,7 +113,11 @@ private:
   void Quad(QRect r, const std::array<QColor, 4>& corners);
   QRect ClipOnRoot() const;
 
-  QWindow& window;
+  void FillBitMap(const QRect& r);
+
+  QWindow* window = nullptr; // one of the two
+  QBitMap* bitmap = nullptr;
+  int textStyle = 0;
   QColor color{255, 255, 255};
   QFont* font = nullptr;
   bool blending = false;

@@ -186,3 +186,44 @@ QFont* QFont::FittingFont(std::string_view text, int wid)
   }
   return fitting;
 }
+
+namespace {
+
+void GenerateRange(QFont& font, char32_t first, char32_t last)
+{
+  for (char32_t c = first; font.Face() && c <= last; ++c)
+    font.Face()->Glyph(c);
+}
+
+} // namespace
+
+void QFUC_GenDefaultList(QFont& font)
+{
+  GenerateRange(font, 32, 126);
+  GenerateRange(font, 160, 255);
+}
+
+void QFUC_GenEuroList(QFont& font)
+{
+  QFUC_GenDefaultList(font);
+  GenerateRange(font, 0x100, 0x17F);
+  GenerateRange(font, 0x20AC, 0x20AC); // the currency
+}
+
+void QFUC_GenCyrillicGreekList(QFont& font)
+{
+  GenerateRange(font, 0x370, 0x3FF);
+  GenerateRange(font, 0x400, 0x45F);
+}
+
+void QFUC_GenArabicList(QFont& font)
+{
+  GenerateRange(font, 0x600, 0x6FF);
+}
+
+void QFUC_GenFullList(QFont& font)
+{
+  QFUC_GenEuroList(font);
+  QFUC_GenCyrillicGreekList(font);
+  QFUC_GenArabicList(font);
+}

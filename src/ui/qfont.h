@@ -87,3 +87,10 @@ private:
   std::unique_ptr<QFont> smaller;
   float density = 1; // texels to a pixel of the interface
 };
+
+// Make the pictures of whole alphabets ahead of the first text that needs them; outline fonts only.
+void QFUC_GenDefaultList(QFont& font); // what a keyboard of the Latin world types
+void QFUC_GenEuroList(QFont& font);    // all European Latin letters
+void QFUC_GenCyrillicGreekList(QFont& font);
+void QFUC_GenArabicList(QFont& font);
+void QFUC_GenFullList(QFont& font); // all of these

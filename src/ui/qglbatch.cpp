@@ -129,3 +129,32 @@ void QGLBatch::Flush()
   vertices.clear();
   pieces.clear();
 }
+
+void QGLBatch::Pixels(const QRect& r, const uint32_t* rgba, bool blend, const QRect& clip)
+{
+  Flush();
+  if (!DGlobals().hasContext)
+    return;
+  const float scale = app->GetDisplay().Scale();
+  const auto device = [=](int at) { return static_cast<int>(std::lround(static_cast<float>(at) * scale)); };
+  const int bottom = device(app->GetShell()->RootRect().hgt);
+  GLint program = 0;
+  glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+  Setup2D();
+  glUseProgram(0);
+  glDisable(GL_TEXTURE_2D);
+  glPushAttrib(GL_SCISSOR_BIT | GL_PIXEL_MODE_BIT);
+  glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+  glEnable(GL_SCISSOR_TEST);
+  glScissor(device(clip.x), bottom - device(clip.y + clip.hgt), device(clip.wid), device(clip.hgt));
+  blend ? glEnable(GL_BLEND) : glDisable(GL_BLEND);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  glPixelZoom(scale, -scale);
+  glWindowPos2i(device(r.x), bottom - device(r.y));
+  glDrawPixels(r.wid, r.hgt, GL_RGBA, GL_UNSIGNED_BYTE, rgba);
+  glPopClientAttrib();
+  glPopAttrib();
+  glUseProgram(static_cast<GLuint>(program));
+  Restore();
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/qrect.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +23,8 @@ public:
   // Corners in order around the quad.
   void Quad(uint32_t texture, const std::array<Vertex, 4>& corners);
   void Flush();
+  // A picture from its top row down, at once. The rectangle and the clip are in pixels of the interface.
+  void Pixels(const QRect& r, const uint32_t* rgba, bool blend, const QRect& clip);
   // Draw calls so far; for measuring.
   int Calls() const { return calls; }
 

@@ -1,7 +1,9 @@
 #include "ui/qglyphs.h"
 
+#include "foundation/qreport.h"
 #include "geometry/dglobal.h"
 #include "ui/qapp.h"
+#include "ui/qglbatch.h"
 #include "ui/qtext.h"
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include <utility>
 
 struct QGlyphAtlas::FreeType
 {
@@ -28,7 +31,8 @@ struct QGlyphAtlas::FreeType
   FreeType& operator=(const FreeType&) = delete;
 };
 
-QGlyphAtlas::QGlyphAtlas() : freetype(std::make_unique<FreeType>()), pixels(SIZE * SIZE * 4)
+QGlyphAtlas::QGlyphAtlas() :
+    freetype(std::make_unique<FreeType>()), pixels(static_cast<size_t>(size) * static_cast<size_t>(size) * 4)
 {
   constexpr int SPOT = 4;
   const std::vector<uint8_t> white(SPOT * SPOT, 255);
@@ -43,17 +47,46 @@ void* QGlyphAtlas::Library()
   return freetype->library;
 }
 
+// What was gathered to be drawn refers to the old size, and so goes out first.
+bool QGlyphAtlas::Grow()
+{
+  if (size >= MAX_SIZE)
+    return false;
+  if (DGlobals().hasContext)
+    app->GetBatch().Flush();
+  const auto row = static_cast<size_t>(size) * 4;
+  std::vector<uint8_t> larger(row * row);
+  for (size_t y = 0; y < static_cast<size_t>(size); ++y)
+    std::copy_n(pixels.begin() + static_cast<std::ptrdiff_t>(y * row), row,
+                larger.begin() + static_cast<std::ptrdiff_t>(y * row * 2));
+  pixels = std::move(larger);
+  // Places go on below what is there; the room at its right stays free.
+  penX = 0;
+  penY = size;
+  rowHeight = 0;
+  size *= 2;
+  ReleaseTexture();
+  return true;
+}
+
 bool QGlyphAtlas::Place(int wid, int hgt, QGlyph& glyph)
 {
-  if (wid < 0 || hgt < 0 || wid > SIZE || hgt > SIZE)
+  if (wid < 0 || hgt < 0 || wid > MAX_SIZE || hgt > MAX_SIZE)
     return false;
-  if (penX + wid > SIZE) {
-    penX = 0;
-    penY += rowHeight;
-    rowHeight = 0;
+  for (;;) {
+    if (penX + wid > size) {
+      penX = 0;
+      penY += rowHeight;
+      rowHeight = 0;
+    }
+    if (wid <= size && penY + hgt <= size)
+      break;
+    if (!Grow()) {
+      if (!std::exchange(fullReported, true))
+        QWARN("QGlyphAtlas: no room for more characters; some will be missing");
+      return false;
+    }
   }
-  if (penY + hgt > SIZE)
-    return false;
   glyph.x = penX;
   glyph.y = penY;
   glyph.wid = wid;
@@ -67,7 +100,7 @@ bool QGlyphAtlas::Place(int wid, int hgt, QGlyph& glyph)
 
 void QGlyphAtlas::SetPixel(const QGlyph& glyph, int x, int y, const uint8_t* rgba)
 {
-  std::copy_n(rgba, 4, pixels.begin() + ((glyph.y + y) * SIZE + glyph.x + x) * 4);
+  std::copy_n(rgba, 4, pixels.begin() + (static_cast<std::ptrdiff_t>(glyph.y + y) * size + glyph.x + x) * 4);
 }
 
 bool QGlyphAtlas::Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph)
@@ -100,13 +133,13 @@ uint32_t QGlyphAtlas::Texture()
                                            {GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE},
                                            {GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE}})
       glTexParameteri(GL_TEXTURE_2D, static_cast<GLenum>(parameter), value);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, SIZE, SIZE, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size, size, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
   } else {
     glBindTexture(GL_TEXTURE_2D, texture);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, dirtyBegin, SIZE, dirtyEnd - dirtyBegin, GL_RGBA, GL_UNSIGNED_BYTE,
-                    pixels.data() + dirtyBegin * SIZE * 4);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, dirtyBegin, size, dirtyEnd - dirtyBegin, GL_RGBA, GL_UNSIGNED_BYTE,
+                    pixels.data() + static_cast<size_t>(dirtyBegin) * static_cast<size_t>(size) * 4);
   }
-  dirtyBegin = SIZE;
+  dirtyBegin = size;
   dirtyEnd = 0;
   glPopClientAttrib();
   glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
@@ -119,7 +152,7 @@ void QGlyphAtlas::ReleaseTexture()
     glDeleteTextures(1, &texture);
   texture = 0;
   dirtyBegin = 0;
-  dirtyEnd = SIZE;
+  dirtyEnd = size;
 }
 
 namespace {
@@ -131,7 +164,7 @@ struct FontFile
 };
 
 // The old names stand for a look, not for a file: a narrow-running sans serif, and a typewriter.
-FontFile FindFontFile(std::string_view family, int pixels, bool italic, bool bold, bool mono)
+FontFile FindFontFile(std::string_view family, int pixels, bool italic, bool bold, bool mono, char32_t having = 0)
 {
   FontFile found;
   FcPattern* pattern = FcPatternCreate();
@@ -152,6 +185,12 @@ FontFile FindFontFile(std::string_view family, int pixels, bool italic, bool bol
   if (mono)
     FcPatternAddInteger(pattern, FC_SPACING, FC_MONO);
   FcPatternAddBool(pattern, FC_SCALABLE, FcTrue);
+  if (having != 0) {
+    FcCharSet* set = FcCharSetCreate();
+    FcCharSetAddChar(set, having);
+    FcPatternAddCharSet(pattern, FC_CHARSET, set);
+    FcCharSetDestroy(set);
+  }
   FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
   FcDefaultSubstitute(pattern);
   FcResult result = FcResultNoMatch;
@@ -195,24 +234,51 @@ std::unique_ptr<QOutlineFace> QOutlineFace::Open(std::string_view family, int pi
     return nullptr;
   }
   opened->scale = app->GetDisplay().Scale();
-  const long devicePixels = std::lround(static_cast<float>(pixels) * opened->scale);
-  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(devicePixels)) != 0)
+  opened->devicePixels = static_cast<int>(std::lround(static_cast<float>(pixels) * opened->scale));
+  if (FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(opened->devicePixels)) != 0)
     return nullptr;
   opened->ascent = static_cast<int>((face->size->metrics.ascender + 63) >> 6);
   opened->descent = static_cast<int>((-face->size->metrics.descender + 63) >> 6);
   return opened;
 }
 
-const QGlyph* QOutlineFace::Glyph(char32_t c)
+// The face itself, or else one of the machine's others; the face itself when none has the character.
+QOutlineFace::Face* QOutlineFace::FaceWith(char32_t c)
+{
+  const auto has = [c](const Face& f) { return FT_Get_Char_Index(f.face, c) != 0; };
+  if (has(*face))
+    return face.get();
+  for (const auto& other : others)
+    if (has(*other))
+      return other.get();
+  constexpr size_t MOST = 8; // a text in so many scripts is noise
+  if (others.size() == MOST)
+    return face.get();
+  const FontFile found = FindFontFile("sans-serif", devicePixels, false, false, false, c);
+  auto other = std::make_unique<Face>();
+  if (found.path.empty() || FT_New_Face(static_cast<FT_Library>(app->GetGlyphAtlas().Library()), found.path.c_str(),
+                                        found.index, &other->face) != 0) {
+    other->face = nullptr;
+    return face.get();
+  }
+  if (FT_Set_Pixel_Sizes(other->face, 0, static_cast<FT_UInt>(devicePixels)) != 0 || !has(*other))
+    return face.get();
+  return others.emplace_back(std::move(other)).get();
+}
+
+const QGlyph* QOutlineFace::Find(char32_t c)
 {
   const auto known = glyphs.find(c);
   if (known != glyphs.end())
     return &known->second;
   QGlyph& glyph = glyphs[c];
+  if (c < latin.size())
+    latin[c] = &glyph;
+  Face& drawn = *FaceWith(c);
   // Stems on whole pixels: at these sizes that reads best.
-  if (FT_Load_Char(face->face, c, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0)
+  if (FT_Load_Char(drawn.face, c, FT_LOAD_RENDER | FT_LOAD_TARGET_LIGHT) != 0)
     return &glyph;
-  const FT_GlyphSlot slot = face->face->glyph;
+  const FT_GlyphSlot slot = drawn.face->glyph;
   glyph.advance = static_cast<float>((slot->advance.x + 32) >> 6);
   glyph.left = slot->bitmap_left;
   glyph.top = slot->bitmap_top;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -23,14 +24,16 @@ struct QGlyph
 class QGlyphAtlas
 {
 public:
-  static constexpr int SIZE = 1024;
+  static constexpr int MAX_SIZE = 4096;
+  // Of its sides, in texels; doubled when it is full.
+  int Size() const { return size; }
   // Inside the white spot, in texture coordinates.
-  static constexpr float WHITE = 2.0f / SIZE;
+  float White() const { return 2.0f / static_cast<float>(size); }
   QGlyphAtlas();
   ~QGlyphAtlas();
   QGlyphAtlas(const QGlyphAtlas&) = delete;
   QGlyphAtlas& operator=(const QGlyphAtlas&) = delete;
-  // Finds a place for a picture and sets the glyph's place and size. False when the atlas is full.
+  // Finds a place for a picture and sets the glyph's place and size. False, reported, when the largest atlas is full.
   bool Place(int wid, int hgt, QGlyph& glyph);
   // White with one byte of opacity a pixel.
   bool Add(int wid, int hgt, const uint8_t* rows, int pitch, QGlyph& glyph);
@@ -44,11 +47,14 @@ public:
   void* Library();
 
 private:
+  bool Grow();
   struct FreeType;
   std::unique_ptr<FreeType> freetype;
+  int size = 1024;
   std::vector<uint8_t> pixels; // four bytes each
   uint32_t texture = 0;
-  int dirtyBegin = 0, dirtyEnd = SIZE; // rows that OpenGL doesn't have yet
+  bool fullReported = false;
+  int dirtyBegin = 0, dirtyEnd = size; // rows that OpenGL doesn't have yet
   int penX = 0, penY = 0, rowHeight = 0;
 };
 
@@ -62,8 +68,13 @@ public:
   ~QOutlineFace();
   QOutlineFace(const QOutlineFace&) = delete;
   QOutlineFace& operator=(const QOutlineFace&) = delete;
-  // Never null. The picture is empty for a character that can't be drawn.
-  const QGlyph* Glyph(char32_t c);
+  // Never null. A character that the face doesn't have comes from another face of the machine that has it; the picture
+  // is empty for one that can't be drawn.
+  const QGlyph* Glyph(char32_t c)
+  {
+    const QGlyph* known = c < latin.size() ? latin[c] : nullptr;
+    return known ? known : Find(c);
+  }
   // In pixels of the interface, as the characters are made for the screen's finer ones.
   float Width(std::string_view text);
   int Ascent() const;
@@ -74,7 +85,12 @@ public:
 private:
   QOutlineFace() = default;
   struct Face;
+  const QGlyph* Find(char32_t c);
+  Face* FaceWith(char32_t c);
   std::unique_ptr<Face> face;
+  std::vector<std::unique_ptr<Face>> others; // for what the face itself doesn't have
+  std::array<const QGlyph*, 256> latin{};    // of the map below
+  int devicePixels = 0;
   std::string file;
   float scale = 1;
   int ascent = 0, descent = 0; // the device's pixels

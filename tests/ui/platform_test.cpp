@@ -9,11 +9,15 @@
 #include "ui/qfont.h"
 #include "ui/qglbatch.h"
 #include "ui/qgloverlay.h"
+#include "ui/qglyphs.h"
+#include "ui/qnulldisplay.h"
 #include "ui/qscreenshot.h"
 
 #include <SDL.h>
 #include <cstdlib>
 #include <epoxy/gl.h>
+#include <fcntl.h>
+#include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -95,6 +99,33 @@ TEST(SingleInstance, IsHeldUntilItsProcessEnds)
   EXPECT_TRUE(QSingleInstance(name).IsFirst());
   close(ready[0]);
   close(ready[1]);
+}
+
+TEST(BitMapCanvas, FillsRectanglesAndReportsTheRest)
+{
+  ReportCapture reports;
+  QBitMap picture(32, 8, 8);
+  picture.Clear();
+  QCanvas cv(picture);
+  cv.SetColor(255, 0, 0);
+  cv.Rectfill(-2, 6, 5, 9);
+  cv.SetClipRect(4, 0, 2, 2);
+  cv.Rectfill(0, 0, 8, 8);
+  int red = 0;
+  QColor c;
+  for (int y = 0; y < 8; ++y)
+    for (int x = 0; x < 8; ++x) {
+      picture.GetColorAt(x, y, c);
+      red += c.GetR() == 255;
+    }
+  EXPECT_EQ(3 * 2 + 2 * 2, red);
+  cv.Line(0, 0, 3, 3);
+  cv.Outline({0, 0, 4, 4});
+  const uint32_t one = 0;
+  cv.DrawPixels(0, 0, 1, 1, std::span(&one, 1));
+  for (const char* text : {"Canvas:Line not supported for X", "QCanvas:Outline not support for ISX",
+                           "QCanvas::DrawPixels() not implemented for USEX"})
+    EXPECT_TRUE(reports.Contains(text)) << text;
 }
 
 // Draws for real, without a screen.
@@ -322,6 +353,77 @@ TEST_F(OffscreenTest, ABackgroundPictureCoversAnAreaAsTiles)
   ReportCapture reports;
   EXPECT_FALSE(wm.SetBackgroundImage(dir.Path("none.tga")));
   EXPECT_GT(reports.Problems(), 0);
+}
+
+TEST_F(OffscreenTest, PicturesAreCopiedPixelByPixel)
+{
+  QBitMap source(32, 4, 3);
+  for (int y = 0; y < 3; ++y)
+    for (int x = 0; x < 4; ++x)
+      source.SetColorAt(x, y, QColor(10 + x, 20 + y, 0, x == 3 ? 0 : 255));
+  Clear();
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  cv.SetClipRect(0, 0, 320, 52);
+  EXPECT_TRUE(cv.Blit(source, 50, 50, 3, 5, 1, 0, true)); // more than there is
+  cv.DisableClipping();
+  const struct
+  {
+    int x, y;
+    int r, g;
+  } pixels[] = {{50, 50, 11, 20}, {51, 51, 12, 21}, {52, 50, 0, 0}, {50, 52, 0, 0}, {49, 50, 0, 0}, {53, 51, 0, 0}};
+  for (const auto& p : pixels) {
+    EXPECT_EQ(p.r, At(p.x, p.y).GetR()) << p.x << "," << p.y;
+    EXPECT_EQ(p.g, At(p.x, p.y).GetG()) << p.x << "," << p.y;
+  }
+  EXPECT_TRUE(cv.Blit(source, 60, 60, 4, 3, 0, 0, false));
+  EXPECT_EQ(13, At(63, 61).GetR());
+  EXPECT_FALSE(cv.Blit(*application->GetShell(), 0, 0, 1, 1, 0, 0, false));
+}
+
+TEST_F(OffscreenTest, ManyCharactersMakeTheAtlasGrowAndLoseNone)
+{
+  QFont font("ms sans serif", 40);
+  if (!font.Create())
+    GTEST_SKIP() << "no font here";
+  QCanvas& cv = application->GetShell()->GetCanvas();
+  const auto lit = [&] {
+    Clear();
+    cv.SetBlending(true);
+    cv.SetColor(255, 255, 255);
+    cv.SetFont(&font);
+    cv.Text("Ab", 10, 10);
+    return Lit({0, 0, 320, 240});
+  };
+  const int before = lit();
+  ReportCapture reports;
+  const int size = application->GetGlyphAtlas().Size();
+  QFUC_GenFullList(font);
+  EXPECT_GT(application->GetGlyphAtlas().Size(), size);
+  EXPECT_EQ(0, reports.Problems()) << reports.All();
+  EXPECT_EQ(before, lit());
+}
+
+// Font settings that know no font at all: the data root's own letters stand in.
+TEST(SystemFont, HasAStandInOnAMachineWithoutFonts)
+{
+  TempDir dir;
+  const std::string settings = dir.Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+  const pid_t child = fork();
+  if (child == 0) {
+    setenv("FONTCONFIG_FILE", settings.c_str(), 1);
+    FcConfigSetCurrent(FcInitLoadConfigAndFonts()); // another test may have read the machine's own
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDERR_FILENO);
+    static_cast<void>(chdir(PAVEX_SOURCE_DIR) != 0);
+    QApp application("test", "Test", std::make_unique<QNullDisplay>());
+    const bool good = application.Create() && application.GetSystemFont()->IsTexFont() &&
+                      application.GetSystemFont()->GetWidth("abc") > 10;
+    _exit(good ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(0, WEXITSTATUS(status));
+  EXPECT_TRUE(WIFEXITED(status));
 }
 
 class FineScreenTest : public OffscreenTest
