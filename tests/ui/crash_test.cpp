@@ -17,7 +17,7 @@
 using testing::HasSubstr;
 
 // Seen by name in the report, so outside of any unnamed namespace.
-[[gnu::noinline]] int CrashTestDivide(volatile int* by)
+[[gnu::noinline, gnu::no_sanitize_undefined]] int CrashTestDivide(volatile int* by)
 {
   return 7 / *by;
 }
@@ -29,7 +29,7 @@ using testing::HasSubstr;
   return depth < 0 ? 0 : CrashTestRecurse(depth + 1) + room[0]; // until the stack is full
 }
 
-[[gnu::noinline]] void CrashTestWrite(volatile int* nowhere)
+[[gnu::noinline, gnu::no_sanitize_undefined]] void CrashTestWrite(volatile int* nowhere)
 {
   *nowhere = 1;
 }
