@@ -115,6 +115,7 @@ public:
 
   // OpenGL names, 0 when absent.
   uint32_t vertexBuffer = 0;
+  bool vertexBufferCentered = false; // holds the vertices around the middle of the box
   uint32_t indexBuffer = 0;
   uint32_t normalBuffer = 0;
   uint32_t colorBuffer = 0;

@@ -45,7 +45,8 @@ const void* Source(uint32_t buffer, const Array& array)
 bool DGeob::UploadArrays()
 {
   bool ok = true;
-  if (DGlobals().centeredVertices) {
+  vertexBufferCentered = DGlobals().centeredVertices;
+  if (vertexBufferCentered) {
     const DVector3 middle = GetBoundingBox().Center();
     DArray<DVector3> centered = vertex;
     for (DVector3& v : centered)
@@ -88,6 +89,7 @@ void DGeob::DisableVBO()
   flags &= ~static_cast<uint32_t>(IN_VBO | ADJACENCY);
   for (uint32_t* name : {&vertexBuffer, &indexBuffer, &normalBuffer, &colorBuffer, &tangentBuffer})
     DeleteBuffer(*name);
+  vertexBufferCentered = false;
   for (uint32_t& name : texCoordBuffer)
     DeleteBuffer(name);
 }

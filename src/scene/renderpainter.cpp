@@ -4,7 +4,6 @@
 #include "geometry/dglobal.h"
 #include "geometry/dpipe.h"
 #include "geometry/dshader.h"
-#include "geometry/dtexture.h"
 #include "scene/worldrenderer.h"
 
 #include <epoxy/gl.h>
@@ -58,12 +57,10 @@ void RenderPainter::Begin(DPipe& statePipe, const RenderView& frameView)
   pipe = &statePipe;
   gl = DGlobals().hasContext;
   pipe->Invalidate(); // panels and overlay drew since the last frame
+  units.Begin(*pipe);
   if (!gl)
     return;
   glViewport(view.viewport.x, view.viewport.y, view.viewport.wid, view.viewport.hgt);
-  glMatrixMode(GL_TEXTURE);
-  glLoadIdentity();
-  textureScaled = false;
   skyProjectionSet = true;
   SetProjection(false);
   glLoadMatrixf(glm::value_ptr(view.modelView));
@@ -120,17 +117,18 @@ void RenderPainter::LightByFlags(const DGeob& geob) const
   glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(painted(view.sun.diffuse)));
 }
 
-void RenderPainter::SetFlags(uint32_t rendererFlags, int layers)
+void RenderPainter::SetFlags(uint32_t rendererFlags, int layers, bool plain)
 {
   flags = rendererFlags;
   maxLayers = layers;
+  plainPaint = plain;
 }
 
 // The later layers of a shader with a fragment program are what the program reads (normals, reflections): by
 // themselves they aren't pictures of the surface.
 int RenderPainter::LayersOf(const DShader* shader) const
 {
-  if (!shader || !(flags & WorldRenderer::USE_SHADERS) || !shader->fragmentFile.empty())
+  if (!shader || plainPaint || !shader->fragmentFile.empty())
     return 1;
   return std::clamp(shader->LayerCount(), 1, std::max(maxLayers, 1));
 }
@@ -151,21 +149,6 @@ void RenderPainter::SetupMaterial(const DShaderLayer& layer) const
   glColor4f(1.0f, 1.0f, 1.0f, layer.diffuse.a);
 }
 
-void RenderPainter::SetupTextureMatrix(const DShaderLayer& layer)
-{
-  const auto& s = layer.texScale;
-  const bool scaled = s[0] != 1 || s[1] != 1 || s[2] != 1;
-  if (!scaled && !textureScaled)
-    return;
-  textureScaled = scaled;
-  pipe->MatrixMode(GL_TEXTURE);
-  if (gl) {
-    glLoadIdentity();
-    glScalef(s[0], s[1], s[2]);
-  }
-  pipe->MatrixMode(GL_MODELVIEW);
-}
-
 void RenderPainter::SetupLayer(const DShaderLayer& layer, bool first, bool sky)
 {
   const bool blends = layer.flags & DShaderLayer::BLENDING;
@@ -180,16 +163,7 @@ void RenderPainter::SetupLayer(const DShaderLayer& layer, bool first, bool sky)
   pipe->Set(GL_DEPTH_TEST, !sky);
   pipe->DepthMask(!sky && layer.flags & DShaderLayer::DEPTH_WRITE);
   pipe->DepthFunc(first ? layer.depthFunc : static_cast<uint32_t>(GL_LEQUAL));
-  pipe->SelectUnit(0);
-  if (layer.texture) {
-    pipe->EnableTexture(GL_TEXTURE_2D);
-    if (gl)
-      layer.texture->Select();
-    pipe->TexEnv(layer.texEnv == GL_REPLACE ? static_cast<uint32_t>(GL_MODULATE) : layer.texEnv);
-    SetupTextureMatrix(layer);
-  } else {
-    pipe->DisableTexture(GL_TEXTURE_2D);
-  }
+  pipe->Set(GL_SAMPLE_ALPHA_TO_COVERAGE, layer.flags & DShaderLayer::ALPHA_TO_COVERAGE);
   SetupMaterial(layer);
 }
 
@@ -207,17 +181,14 @@ void RenderPainter::SetupShader(const DShader* shader, const DGeob& geob)
   SetProjection(sky);
 }
 
-void RenderPainter::SetupGeob(DGeob& geob, bool lit)
+void RenderPainter::SetupGeob(const DGeob& geob, bool lit)
 {
-  if (flags & WorldRenderer::USE_VBO)
-    geob.EnableVBO();
   pipe->Set(GL_LIGHTING, lit);
   const bool colored = !lit && geob.vertexColor.size() >= geob.vertex.size();
-  const bool mapped = geob.texCoord[0].size() >= geob.vertex.size();
   pipe->EnableArray(DPipe::VERTEX_ARRAY);
   lit ? pipe->EnableArray(DPipe::NORMAL_ARRAY) : pipe->DisableArray(DPipe::NORMAL_ARRAY);
   colored ? pipe->EnableArray(DPipe::COLOR_ARRAY) : pipe->DisableArray(DPipe::COLOR_ARRAY);
-  mapped ? pipe->EnableTexCoordArray() : pipe->DisableTexCoordArray();
+  units.SetCoordinates(geob);
   if (!gl)
     return;
   glVertexPointer(3, GL_FLOAT, 0, Source(*pipe, geob.vertexBuffer, geob.vertex));
@@ -225,8 +196,6 @@ void RenderPainter::SetupGeob(DGeob& geob, bool lit)
     glNormalPointer(GL_FLOAT, 0, Source(*pipe, geob.normalBuffer, geob.normal));
   if (colored)
     glColorPointer(3, GL_FLOAT, 0, Source(*pipe, geob.colorBuffer, geob.vertexColor));
-  if (mapped)
-    glTexCoordPointer(2, GL_FLOAT, 0, Source(*pipe, geob.texCoordBuffer[0], geob.texCoord[0]));
   pipe->BindIndexBuffer(geob.indexBuffer);
 }
 
@@ -252,43 +221,81 @@ void RenderPainter::Draw(const RenderBlock& block)
   counted.indices += block.indexCount;
 }
 
+// World coordinates of a large track lose their millimetres once they are single numbers that go through a matrix: what
+// is subtracted here is subtracted in double precision.
+DMatrix4 RenderPainter::BlockMatrix(const RenderBlock& block) const
+{
+  glm::dmat4 matrix = block.matrix ? glm::dmat4(*block.matrix) : glm::dmat4(1.0);
+  if (block.geob->vertexBufferCentered)
+    matrix[3] = matrix * glm::dvec4(block.geob->GetBoundingBox().Center(), 1.0);
+  if (view.atOrigin)
+    matrix[3] -= glm::dvec4(view.origin, 0.0);
+  return DMatrix4(matrix);
+}
+
+bool RenderPainter::SetupUnits(const DShaderLayer* layers, int count)
+{
+  if (plainPaint) {
+    units.SetupNone();
+    return true;
+  }
+  for (int i = 0; i < count; ++i)
+    if (!units.Setup(i, layers[i]))
+      return false;
+  units.UseUnits(count);
+  return true;
+}
+
+void RenderPainter::PaintLayers(std::span<const RenderBlock> run)
+{
+  const DShader* shader = run.front().shader;
+  const bool sky = IsSky(shader, *run.front().geob);
+  const DShaderLayer* layers = shader && shader->LayerCount() > 0 ? shader->layer.data() : &PlainLayer();
+  const int count = LayersOf(shader);
+  for (int first = 0, group = 1; first < count; first += group) {
+    const bool together = !(flags & WorldRenderer::SINGLE_PASS);
+    group = together ? units.GroupOf(layers + first, count - first) : 1;
+    if (!SetupUnits(layers + first, group))
+      continue;
+    SetupLayer(layers[first], first == 0, sky);
+    for (const RenderBlock& block : run) {
+      SetupGeob(*block.geob, IsLit(*block.geob, block.shader, flags));
+      Draw(block);
+    }
+  }
+}
+
 void RenderPainter::PaintRun(std::span<const RenderBlock> run)
 {
   const RenderBlock& head = run.front();
-  if (gl && head.matrix) {
+  if (flags & WorldRenderer::USE_VBO)
+    for (const RenderBlock& block : run)
+      block.geob->EnableVBO();
+  const bool moved = head.matrix || view.atOrigin || head.geob->vertexBufferCentered;
+  if (gl && moved) {
     pipe->MatrixMode(GL_MODELVIEW);
     glPushMatrix();
-    glMultMatrixf(glm::value_ptr(*head.matrix));
+    glMultMatrixf(glm::value_ptr(BlockMatrix(head)));
   }
   pipe->Set(GL_NORMALIZE, head.matrix != nullptr);
   if (flags & WorldRenderer::COLOR_BY_FLAGS)
     LightByFlags(*head.geob);
   if (flags & WorldRenderer::PAINT_TRIANGLES) {
     SetupShader(head.shader, *head.geob);
-    const int layers = LayersOf(head.shader);
-    for (int i = 0; i < layers; ++i) {
-      const bool drawable = head.shader && head.shader->LayerCount() > 0;
-      const DShaderLayer& layer = drawable ? head.shader->layer[static_cast<size_t>(i)] : PlainLayer();
-      SetupLayer(layer, i == 0, IsSky(head.shader, *head.geob));
-      for (const RenderBlock& block : run) {
-        SetupGeob(*block.geob, IsLit(*block.geob, block.shader, flags));
-        Draw(block);
-      }
-    }
+    PaintLayers(run);
   }
   if (flags & WorldRenderer::PAINT_WIREFRAME)
     PaintWireframe(run);
   if (flags & WorldRenderer::PAINT_NORMALS)
     for (const RenderBlock& block : run)
       PaintNormals(*block.geob);
-  if (gl && head.matrix)
+  if (gl && moved)
     glPopMatrix();
 }
 
 void RenderPainter::PaintWireframe(std::span<const RenderBlock> run)
 {
-  pipe->SelectUnit(0);
-  pipe->DisableTexture(GL_TEXTURE_2D);
+  units.SetupNone();
   pipe->Disable(GL_BLEND);
   pipe->Disable(GL_ALPHA_TEST);
   pipe->Disable(GL_FOG);
@@ -316,8 +323,7 @@ void RenderPainter::PaintNormals(const DGeob& geob)
 {
   if (!gl || geob.normal.size() < geob.vertex.size())
     return;
-  pipe->SelectUnit(0);
-  pipe->DisableTexture(GL_TEXTURE_2D);
+  units.SetupNone();
   for (const uint32_t cap : {GL_LIGHTING, GL_BLEND, GL_ALPHA_TEST, GL_FOG})
     pipe->Disable(cap);
   pipe->Enable(GL_DEPTH_TEST);
@@ -339,11 +345,9 @@ void RenderPainter::End()
   SetProjection(false);
   for (const DPipe::Array array : {DPipe::VERTEX_ARRAY, DPipe::NORMAL_ARRAY, DPipe::COLOR_ARRAY})
     pipe->DisableArray(array);
-  pipe->SelectUnit(0);
-  pipe->DisableTexCoordArray();
+  units.End();
   pipe->BindArrayBuffer(0);
   pipe->BindIndexBuffer(0);
-  SetupTextureMatrix(DShaderLayer());
   pipe->Disable(GL_BLEND);
   pipe->Disable(GL_SAMPLE_ALPHA_TO_COVERAGE);
   pipe->AlphaFunc(GL_ALWAYS, 0);

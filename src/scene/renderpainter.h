@@ -3,6 +3,7 @@
 #include "foundation/qrect.h"
 #include "geometry/dvector.h"
 #include "scene/renderblock.h"
+#include "scene/renderlayers.h"
 #include "scene/worldlight.h"
 
 #include <cstdint>
@@ -19,7 +20,11 @@ struct RenderView
   DMatrix4 modelView{1.0f};
   DMatrix4 projection{1.0f};
   DMatrix4 skyProjection{1.0f}; // the same with a farther far plane
-  QRect viewport;               // y from the bottom
+  // Where the camera stands when modelView only turns: each block is then moved by the difference, worked out in
+  // double precision.
+  bool atOrigin = false;
+  glm::dvec3 origin{0.0};
+  QRect viewport; // y from the bottom
   WorldSun sun;
   WorldFog fog; // density 0: none
 };
@@ -30,8 +35,8 @@ class RenderPainter
 {
 public:
   void Begin(DPipe& statePipe, const RenderView& frameView);
-  // As of the renderer, before blocks are painted.
-  void SetFlags(uint32_t rendererFlags, int layers);
+  // As of the renderer, before blocks are painted. plain: one layer without its picture.
+  void SetFlags(uint32_t rendererFlags, int layers, bool plain);
   // Blocks of one shader. More than one only when none has a matrix and none is coloured by its flags.
   void PaintRun(std::span<const RenderBlock> run);
   void End();
@@ -42,12 +47,14 @@ public:
 private:
   void SetupLights();
   void LightByFlags(const DGeob& geob) const;
+  DMatrix4 BlockMatrix(const RenderBlock& block) const;
   void SetupShader(const DShader* shader, const DGeob& geob);
+  void PaintLayers(std::span<const RenderBlock> run);
+  bool SetupUnits(const DShaderLayer* layers, int count);
   void SetupLayer(const DShaderLayer& layer, bool first, bool sky);
   void SetupMaterial(const DShaderLayer& layer) const;
-  void SetupTextureMatrix(const DShaderLayer& layer);
   void SetProjection(bool sky);
-  void SetupGeob(DGeob& geob, bool lit);
+  void SetupGeob(const DGeob& geob, bool lit);
   void Draw(const RenderBlock& block);
   void DrawIndices(const RenderBlock& block) const;
   void PaintWireframe(std::span<const RenderBlock> run);
@@ -59,7 +66,8 @@ private:
   bool gl = false; // a context is there
   uint32_t flags = 0;
   int maxLayers = 100;
+  bool plainPaint = false; // no pictures, one layer
   bool skyProjectionSet = false;
-  bool textureScaled = false;
+  RenderLayers units;
   RenderStats counted;
 };

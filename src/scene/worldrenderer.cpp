@@ -60,9 +60,14 @@ void WorldRenderer::RenderFrame(DCamera& camera, const QRect& viewport)
   Sort();
   if (pipe) {
     const float skyFar = std::max(camera.GetFar(), 100000.0f);
-    painter->Begin(*pipe, {.modelView = modelView,
+    const bool atOrigin = flags & CAMERA_AT_ORIGIN;
+    DMatrix4 turn = modelView;
+    turn[3] = DVector4(0.0f, 0.0f, 0.0f, 1.0f);
+    painter->Begin(*pipe, {.modelView = atOrigin ? turn : modelView,
                            .projection = projection,
                            .skyProjection = camera.GetProjection(skyFar),
+                           .atOrigin = atOrigin,
+                           .origin = glm::dvec3(camera.GetEye()),
                            .viewport = viewport,
                            .sun = scene.sun,
                            .fog = flags & NO_FOG ? WorldFog{{}, 0} : scene.fog});
@@ -88,7 +93,7 @@ void WorldRenderer::RenderBlocks(std::span<const RenderBlock> list)
     QWARN("WorldRenderer:RenderBlocks(); no pipe yet");
     return;
   }
-  painter->SetFlags(flags, maxLayers);
+  painter->SetFlags(flags, maxLayers, pass != PASS_NORMAL || !(flags & USE_SHADERS));
   for (size_t i = 0; i < list.size();) {
     if (IsPainted(list[i], i == 0))
       i += PaintRun(list.subspan(i));

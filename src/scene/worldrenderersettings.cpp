@@ -104,6 +104,7 @@ void WorldRenderer::CreateStats()
 void WorldRenderer::SetCameraAtOrigin(bool on)
 {
   SetFlag(CAMERA_AT_ORIGIN, on);
+  DGlobals().centeredVertices = on; // of what goes into buffer objects from now on
 }
 
 void WorldRenderer::GetMonitorViewport(int index, int rect[4]) const
