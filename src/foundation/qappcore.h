@@ -3,6 +3,7 @@
 #include "foundation/qlanguage.h"
 #include "foundation/qobject.h"
 #include "foundation/qtable.h"
+#include "foundation/qvirtualfilesystem.h"
 
 #include <functional>
 #include <memory>
@@ -42,6 +43,9 @@ public:
   QInfo* GetInfo() const { return info.get(); } // null when there are none
   void CloseInfo();                             // frees them, which writes what was changed
 
+  // The archives whose members are there as files.
+  QVirtualFileSystem& GetArchives() { return archives; }
+
   QLanguage& GetLanguage() { return language; }
   bool SetLanguage(const std::string& path) { return language.Load(path); }
 
@@ -65,6 +69,7 @@ private:
   std::string title;
   std::string exePath;
   std::unique_ptr<QInfo> info;
+  QVirtualFileSystem archives;
   QLanguage language;
   DTable<CleanupProc, MAX_CLEANUP_PROC> cleanupProcs;
   DTable<CrashProc, MAX_CRASH_PROC> crashProcs;

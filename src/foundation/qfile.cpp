@@ -164,7 +164,7 @@ bool QReadFile(const std::string& path, std::string& content, bool archives)
   return true;
 }
 
-bool QReadFile(const std::string& path, QBlock& block, size_t& size)
+bool QReadFile(const std::string& path, QBlock& block, size_t& size, bool archives)
 {
   block = QBlock();
   const ssize_t have = ReadWhole(path, [&](size_t wanted) {
@@ -172,7 +172,13 @@ bool QReadFile(const std::string& path, QBlock& block, size_t& size)
     return block.Data();
   });
   size = have > 0 ? static_cast<size_t>(have) : 0;
-  return have >= 0;
+  std::vector<std::byte> member;
+  if (have >= 0 || !archives || !ReadMember(path, member))
+    return have >= 0;
+  block = QBlock(member.size());
+  std::ranges::copy(member, block.Data());
+  size = member.size();
+  return true;
 }
 
 QFile::QFile(std::string_view name, std::vector<std::byte> bytes) :
@@ -217,7 +223,7 @@ QFile::~QFile()
 
 void QFile::Preload()
 {
-  inMemory = QReadFile(GetName(), content);
+  inMemory = QReadFile(GetName(), content, true);
   if (!inMemory && errno == ENOMEM)
     QERR("QFile:ctor; not enough memory to preload file '%s'", GetName());
 }

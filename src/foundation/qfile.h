@@ -25,7 +25,7 @@ int QOpenFileCount();
 [[nodiscard]] bool QReadFile(const std::string& path, std::vector<std::byte>& content, bool archives = false);
 [[nodiscard]] bool QReadFile(const std::string& path, std::string& content, bool archives = false);
 // The same into a block, for big files; size is the file's.
-[[nodiscard]] bool QReadFile(const std::string& path, QBlock& block, size_t& size);
+[[nodiscard]] bool QReadFile(const std::string& path, QBlock& block, size_t& size, bool archives = false);
 
 // A stream over a file, or over a file's content in memory. One that couldn't be opened acts as an empty file.
 // It writes in place: what must never be half written goes through QWriteFile instead.

@@ -1,6 +1,7 @@
 #include "foundation/qinfo.h"
 
 #include "foundation/eval.h"
+#include "foundation/qfile.h"
 #include "foundation/qinfotree.h"
 #include "foundation/qnumber.h"
 #include "foundation/qpathcase.h"
@@ -62,6 +63,8 @@ FileContent ReadFile(const std::string& path)
   const int fd = open(QFindPath(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) {
     content.error = errno;
+    if (content.error == ENOENT && QReadFile(path, content.block, content.length, true))
+      content.error = 0; // a member of an archive
     return content;
   }
   struct stat info;

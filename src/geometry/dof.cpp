@@ -55,12 +55,23 @@ void DofWriter::PutString(std::string_view text)
 
 namespace {
 
+// Of an open archive, for a file that the disk doesn't have.
+bool ReadMember(const std::string& path, DArray<std::byte>& content)
+{
+  std::vector<std::byte> bytes;
+  if (!QReadFile(path, bytes, true))
+    return false;
+  content.resize(bytes.size());
+  std::ranges::copy(bytes, content.data());
+  return true;
+}
+
 // In one read into memory that the arrays of the next model will take over.
 bool ReadWhole(const std::string& path, DArray<std::byte>& content)
 {
   std::FILE* file = qfopen(path.c_str(), "rb");
   if (!file)
-    return false;
+    return ReadMember(path, content);
   struct stat info = {};
   const bool known = fstat(fileno(file), &info) == 0;
   if (known) {

@@ -43,6 +43,7 @@ void RTrack::SetName(const std::string& newName)
 bool RTrack::Load()
 {
   qinfo("Loading track '%s'", trackName.c_str());
+  archive = std::make_unique<ROpenArchive>(RFindPath("track.ar", trackDir));
   if (!LoadIdentity())
     return false;
   bestLapsInfo = std::make_unique<QInfo>(PathOf("bestlaps.ini"), QInfo::NO_OPEN_WARNING);

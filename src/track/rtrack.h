@@ -6,6 +6,7 @@
 #include "track/rbestlaps.h"
 #include "track/rcarpos.h"
 #include "track/rmarshalposts.h"
+#include "track/ropenarchive.h"
 #include "track/rpacenotes.h"
 #include "track/rsplinerep.h"
 #include "track/rsurfacetype.h"
@@ -179,6 +180,7 @@ protected:
   RTrackHost host;
   std::unique_ptr<QInfo> special;
   std::unique_ptr<QInfo> bestLapsInfo;
+  std::unique_ptr<ROpenArchive> archive; // track.ar, while the track loads
 
 private:
   std::vector<std::string> unreadable;

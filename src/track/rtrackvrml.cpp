@@ -71,10 +71,17 @@ RTrackVRML::~RTrackVRML() = default;
 
 bool RTrackVRML::Load()
 {
-  if (!RTrack::Load()) {
+  const bool loaded = RTrack::Load();
+  if (!loaded)
     QERR("RTrack:Load() failed\n");
-    return false;
-  }
+  const bool shown = loaded && LoadScenery();
+  archive.reset();
+  return shown;
+}
+
+bool RTrackVRML::LoadScenery()
+{
+  const ROpenArchive graphics(PathOf("graphics.ar"));
   LoadShaders();
   LoadNodes();
   DGlobals().mapPath.Clear();

@@ -34,6 +34,7 @@ public:
   void PaintWayPoints(DOverlay& overlay) const;
 
 private:
+  bool LoadScenery();
   using LodDistances = std::array<float, RTrackNode::LODS>;
   void LoadShaders();
   void LoadNodes();

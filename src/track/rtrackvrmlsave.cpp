@@ -1,6 +1,7 @@
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
+#include "track/rfindfile.h"
 #include "track/rsaveset.h"
 #include "track/rtrackvrml.h"
 
@@ -102,6 +103,8 @@ void RTrackVRML::SaveNodes(QInfo& info) const
 // geometry.ini needless. One that an interrupted save of an older program left behind goes.
 bool RTrackVRML::Save()
 {
+  // What a file of a packed track holds beside the records is kept as well.
+  const ROpenArchive packed(RFindPath("track.ar", trackDir)), graphics(PathOf("graphics.ar"));
   RSaveSet set;
   if (!AddToSave(set))
     return false;

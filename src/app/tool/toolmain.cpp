@@ -1,5 +1,6 @@
 #include "app/tool/tool.h"
 
+#include "foundation/qappcore.h"
 #include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "foundation/qversion.h"
@@ -201,6 +202,7 @@ int Main(int argc, char** argv)
     return Usage(tool, e.what());
   }
   SetReports(tool.quiet);
+  const QAppCore application("pavex-tool"); // tracks may be packed into archives
   for (const VerbInput& input : tool.inputs)
     if (input.app->parsed())
       return RunVerb(tool, input);
