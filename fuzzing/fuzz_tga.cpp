@@ -1,4 +1,4 @@
-#include "fuzzing/tga.h"
+#include "fuzzing/picture.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

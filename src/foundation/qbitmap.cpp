@@ -1,6 +1,8 @@
 #include "foundation/qbitmap.h"
 
+#include "foundation/qjpg.h"
 #include "foundation/qreport.h"
+#include "foundation/qrgb.h"
 #include "foundation/qsafewrite.h"
 #include "foundation/qstring.h"
 #include "foundation/qtga.h"
@@ -214,14 +216,29 @@ bool QBitMap::Resize(int newWid, int newHgt, bool scale)
   return true;
 }
 
-bool QBitMap::Write(const char* fileName, int format, int) const
+std::string QBitMap::Encode(const std::string& fileName, int format, int quality) const
+{
+  switch (format) {
+  case RGB:
+    return QWriteRGB(*this, fileName);
+  case TGA:
+  case TGA_GREY:
+    return QWriteTGA(*this, format);
+  case JPG:
+    return QWriteJPG(*this, quality, fileName.c_str());
+  default:
+    QERR("QBitMap:Write(); unsupported format %d to write '%s'", format, fileName.c_str());
+    return {};
+  }
+}
+
+bool QBitMap::Write(const char* fileName, int format, int quality) const
 {
   qstring path(fileName);
   path.ConvertEnv();
-  if (format != TGA && format != TGA_GREY) {
-    QERR("QBitMap:Write(); unsupported format %d to write '%s'", format, path.c_str());
-    return false;
-  }
-  const std::string file = QWriteTGA(*this, format);
-  return !file.empty() && QWriteFile(path.Str(), file);
+  const std::string file = Encode(path.Str(), format, quality);
+  const bool written = !file.empty() && QWriteFile(path.Str(), file);
+  if (!written && !file.empty() && format == JPG)
+    QERR("QBitMap::WriteJPG(%s); can't open file", path.c_str());
+  return written;
 }

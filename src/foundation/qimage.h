@@ -14,12 +14,23 @@ public:
   void DbgReport() const override;
   bool LoadFailed() const { return loadFailed; }
 
-  // By the extension's text, wherever it stands in the name; a reader is there for ".tga" alone, and ".png" gives true
-  // with the picture as it is. False, with a report for a format that is known, when there is no picture.
+  // By the extension's text, wherever it stands in the name: .rgb, .tga, .jpg, .jpe, .psd, .mip, .bmp; from the disk or
+  // an open archive. ".png" gives true with the picture as it is. False, reported, when there is no picture.
   bool Read(const std::string& fileName);
+  // The reader that a name chooses.
+  enum FileFormat
+  {
+    FORMAT_RGB,
+    FORMAT_TGA,
+    FORMAT_NONE,
+    FORMAT_JPG,
+    FORMAT_BMP,
+    FORMAT_PSD,
+    FORMAT_MIP,
+    FORMAT_PNG
+  };
+  static FileFormat FormatOf(const std::string& fileName);
 
 private:
-  bool ReadTGA(const std::string& fileName);
-
   bool loadFailed = false;
 };

@@ -165,7 +165,7 @@ bool QReadTGA(std::span<const std::byte> file, QBitMap& picture, const char* nam
     QERR("QImage:ReadTGA(%s); %dx%d pixels don't fit in %zu bytes", name, h.wid, h.hgt, in.Left());
     return false;
   }
-  if (!picture.AllocUnset(32, h.wid, h.hgt, 0, nullptr)) {
+  if (!picture.AllocUnset(32, h.wid, h.hgt)) {
     QERR("QImage:ReadTGA(); out of memory");
     return false;
   }

@@ -1,7 +1,7 @@
 #include "fuzzing/archive.h"
 #include "fuzzing/eval.h"
 #include "fuzzing/info.h"
-#include "fuzzing/tga.h"
+#include "fuzzing/picture.h"
 
 #include <gtest/gtest.h>
 
@@ -30,5 +30,8 @@ TEST_P(FuzzReplay, Corpus)
 
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay,
                          testing::Values(std::pair{"info", &FuzzInfo}, std::pair{"eval", &FuzzEval},
-                                         std::pair{"tga", &FuzzTga}, std::pair{"archive", &FuzzArchive}),
+                                         std::pair{"archive", &FuzzArchive}, std::pair{"tga", &FuzzTga},
+                                         std::pair{"rgb", &FuzzRgb}, std::pair{"bmp", &FuzzBmp},
+                                         std::pair{"jpg", &FuzzJpg}, std::pair{"mip", &FuzzMip},
+                                         std::pair{"psd", &FuzzPsd}),
                          [](const auto& one) { return one.param.first; });

@@ -5,6 +5,7 @@
 #include "support/tempdir.h"
 
 #include <cstdlib>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -217,10 +218,10 @@ TEST(QImageRead, TheNameChoosesTheReader)
     const char* report; // beside the constructor's; null: none
   } cases[] = {{"a.tga", true, "40404040", nullptr},
                {"b.TGA.bak", true, "40404040", nullptr},
-               {"c.rgb.tga", false, "", "no reader for this format"}, // ".RGB" is looked for first
+               {"c.rgb.tga", false, "", "QImage:ReadRGB("}, // ".RGB" is looked for first
                {"d.png", true, "", nullptr},
-               {"e.jpg", false, "", "e.jpg); no reader for this format"},
-               {"f.bmp", false, "", "no reader"},
+               {"e.jpg", false, "", "e.jpg); Not a JPEG file"},
+               {"f.bmp", false, "", "QImage:ReadBMP("},
                {"g.txt", false, "", nullptr}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -337,4 +338,81 @@ TEST(QDrawableBase, CreateAndDestroyAreReported)
   drawable.Destroy();
   EXPECT_TRUE(reports.Contains("QDrawable::Create() base class called"));
   EXPECT_TRUE(reports.Contains("QDrawable::Destroy() base class called"));
+}
+
+namespace {
+
+constexpr const char* FOUR = "102030ff 405060fe 70809000 ff00ff40"; // two above, two below
+
+QBitMap PictureOf(int wid, int hgt, std::string hex)
+{
+  std::erase(hex, ' ');
+  QBitMap picture(32, wid, hgt);
+  for (int i = 0; i < wid * hgt; ++i) {
+    const auto byte = [&](int n) { return std::stoi(hex.substr(static_cast<size_t>(8 * i + 2 * n), 2), nullptr, 16); };
+    picture.SetColorAt(i % wid, i / wid, QColor(byte(0), byte(1), byte(2), byte(3)));
+  }
+  return picture;
+}
+
+} // namespace
+
+TEST(QBitMapPixels, ChangeAsEachOperationTells)
+{
+  const struct
+  {
+    const char* name;
+    std::function<void(QBitMap&)> change;
+    const char* expected;
+  } cases[] = {
+      {"colours under nothing", [](QBitMap& p) { p.ClearTransparentColors(); }, "102030FF 405060FE/00000000 FF00FF40"},
+      {"key", [](QBitMap& p) { p.KeyTransparent(QColor(16, 32, 48)); }, "10203000 405060FF/708090FF FF00FFFF"},
+      {"colour", [](QBitMap& p) { EXPECT_EQ(1, p.MakeColorTransparent(QColor(64, 80, 96))); },
+       "102030FF 00000000/70809000 FF00FF40"},
+      {"magenta", [](QBitMap& p) { EXPECT_EQ(1, p.MakeMagentaTransparent()); }, "102030FF 405060FE/70809000 00000000"},
+      {"dark ones", [](QBitMap& p) { p.Lut(100); }, "646464FF 646464FE/70809000 FF00FF40"},
+      {"all dark ones", [](QBitMap& p) { p.Lut(110, true); }, "6E6E6EFF 6E6E6EFE/70809000 6E6E6E40"},
+      {"alpha", [](QBitMap& p) { p.SetAlpha(7); }, "10203007 40506007/70809007 FF00FF07"},
+      {"scaled alpha", [](QBitMap& p) { p.ScaleAlpha(3, 2, 10); }, "102030FF 405060FF/7080900A FF00FF6A"},
+      {"alpha shown", [](QBitMap& p) { p.AlphaToColor(); }, "FFFFFFFF FFFFFFFE/00000000 FFFFFF40"},
+      {"bytes", [](QBitMap& p) { p.SwapBytes(); }, "FF302010 FE605040/00908070 40FF00FF"},
+      {"inverted", [](QBitMap& p) { p.InvertChannel(1, 1, 0, 1, -1); }, "102030FF 40AF60FE/70809000 FFFFFF40"},
+      {"cropped",
+       [](QBitMap& p) {
+         EXPECT_TRUE(p.Crop({1, 0, 5, 1}));
+       },
+       "405060FE"},
+      {"merged", [](QBitMap& p) { EXPECT_TRUE(p.MergeAlpha(PictureOf(2, 2, FOUR))); },
+       "10203010 40506040/70809070 FF00FFFF"},
+      {"channel", [](QBitMap& p) { p.CopyChannel(PictureOf(2, 2, FOUR), 0, 1, -1, -1, 0, 2); },
+       "102070FF 4050FFFE/70809000 FF00FF40"},
+      {"copied", [](QBitMap& p) { p.CopyPixelsFrom(PictureOf(2, 2, FOUR), -1, 0, 2, 1, 0, 1); },
+       "102030FF 405060FE/70809000 102030FF"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    QBitMap picture = PictureOf(2, 2, FOUR);
+    c.change(picture);
+    EXPECT_EQ(c.expected, Pixels(picture));
+  }
+  const QBitMap line = PictureOf(2, 1, "01000000 02000000");
+  const char* turned[] = {"01000000 02000000/00000000 00000000", "01000000 00000000/02000000 00000000",
+                          "02000000 01000000/00000000 00000000", "02000000 00000000/01000000 00000000"};
+  for (int i = 0; i < 4; ++i) {
+    QBitMap target(32, 2, 2);
+    EXPECT_TRUE(line.Rotate(90 * i, nullptr, target, 0, 0));
+    EXPECT_EQ(turned[i], Pixels(target)) << 90 * i;
+  }
+  ReportCapture reports;
+  QBitMap shallow(8, 2, 2), four = PictureOf(2, 2, FOUR);
+  shallow.CopyChannel(four, 0, 0, -1, -1, 0, 0);
+  shallow.InvertChannel(0);
+  EXPECT_FALSE(four.MergeAlpha(shallow) || four.MergeAlpha(line) || line.Rotate(45, nullptr, four, 0, 0));
+  four.CopyPixelsFrom(QBitMap(32, 3, 3), 0, 0, 3, 3, 0, 0);
+  for (const char* text :
+       {"QBitMap::CopyChannel() only supported for 32-bit", "QBitMap::InvertChannel() only supported for 32-bit",
+        "Only supported for 32-bit", "Bitmaps must be the same size/height", "QBitMap:Rotate(); angle 45 not supported",
+        "QBitMap:CopyPixelsFrom() swid>wid (3>2); capping", "QBitMap:CopyPixelsFrom() shgt>hgt(3>2); capping"})
+    EXPECT_TRUE(reports.Contains(text)) << text;
+  EXPECT_EQ(Pixels(line), Pixels(*line.CreateClone()));
 }

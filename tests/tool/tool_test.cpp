@@ -271,3 +271,34 @@ TEST_F(Tool, ReportsGoToStderrAndTheResultAlone)
   EXPECT_EQ(1, full.status);
   EXPECT_EQ("pavex-tool: can't write the result\n", full.err);
 }
+
+TEST_F(Tool, Images)
+{
+  // 2 x 1: a red pixel, and a half transparent blue one.
+  const std::string tga("\0\0\2\0\0\0\0\0\0\0\0\0\2\0\1\0\x20\x08\0\0\xff\xff\xff\0\0\x80", 26);
+  dir.Write("a.tga", tga);
+  ExpectResult({"image", "info", "a.tga"}, R"({"width":2,"height":1,"depth":32,"transparency":true})"
+                                           "\n");
+  ExpectResult({"image", "raw", "a.tga", "a.raw"}, "");
+  EXPECT_EQ(std::string("\xff\0\0\xff\0\0\xff\x80", 8), FileText(dir.Path("a.raw")));
+  ExpectResult({"image", "convert", "a.tga", "b.rgb"}, "");
+  EXPECT_EQ("b.rgb", std::string(FileText(dir.Path("b.rgb")).c_str() + 24)); // its name as typed
+  ExpectResult({"image", "convert", "b.rgb", "c.tga"}, "");
+  EXPECT_EQ(tga, FileText(dir.Path("c.tga")));
+  ExpectResult({"image", "convert", "a.tga", "grey.TGA", "--grey"}, "");
+  EXPECT_EQ(20u, FileText(dir.Path("grey.TGA")).size());
+  ExpectResult({"image", "convert", "a.tga", "d.jpg", "--quality", "100"}, "");
+  ExpectResult({"image", "info", "d.jpg"}, R"({"width":2,"height":1,"depth":32,"transparency":false})"
+                                           "\n");
+  dir.Write("e.png", "x");
+  dir.Write("bad.tga", tga.substr(0, 25));
+  dir.Write("deep.bmp", std::string("BM", 2) + std::string(60, '\1'));
+  ExpectFailure({"image", "info", "e.png"}, "no reader for e.png");
+  ExpectFailure({"image", "info", "none.tga"}, "can't read none.tga");
+  ExpectFailure({"image", "info", "deep.bmp"}, "no bitmap of 8 or 24 bits");
+  ExpectFailure({"image", "convert", "a.tga", "f.png"}, "no writer for f.png");
+  ExpectFailure({"image", "convert", "a.tga", "f.jpg", "--quality", "101"}, "0 to 100");
+  const ToolRun bad = Run({"image", "raw", "bad.tga", "bad.raw"});
+  EXPECT_EQ(1, bad.status);
+  EXPECT_FALSE(std::filesystem::exists(dir.Path("bad.raw")));
+}

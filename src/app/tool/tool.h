@@ -85,6 +85,7 @@ void ToolProgress(const char* what, float done);
 
 // The groups.
 std::vector<ToolVerb> ToolArchiveVerbs();
+std::vector<ToolVerb> ToolImageVerbs();
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
 std::vector<ToolVerb> ToolModelVerbs();
