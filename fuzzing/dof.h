@@ -5,9 +5,12 @@
 #include "geometry/dglobal.h"
 #include "geometry/dintersect.h"
 
+#include <string_view>
+
 // Whatever the bytes are, the model that comes out of them can be used, written, and read again as the same model.
-inline void FuzzDof(std::span<const std::byte> input)
+inline void FuzzDof(std::string_view bytes)
 {
+  const auto input = std::as_bytes(std::span(bytes.data(), bytes.size()));
   const QuietReports quiet;
   DGlobals().texturesOn = false; // names lead to no files
   DGeode geode("fuzz");

@@ -2,6 +2,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-  FuzzDof(std::as_bytes(std::span(data, size)));
+  FuzzDof({reinterpret_cast<const char*>(data), size});
   return 0;
 }

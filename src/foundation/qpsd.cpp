@@ -271,6 +271,6 @@ void QPSD::Render(QBitMap& picture) const
 {
   picture.Clear();
   for (const Layer& layer : layers)
-    if (layer.IsVisible() && layer.Width() > 0)
+    if (layer.IsVisible() && layer.Width() > 0 && layer.Height() > 0)
       RenderLayer(layer, picture);
 }

@@ -27,10 +27,11 @@ struct DGlobal
   QPath mapPath; // directories in which pictures are looked for
 
   bool poolOn = false;
-  bool texturesOn = true; // off: each picture is a plain stub, and no file is opened
-  bool ddsOn = false;
-  bool srgbTextures = false; // the renderer converts back what pictures of mode "srgb" are read as
-  bool linear = true;        // off while a layer of mode "srgb" loads
+  bool texturesOn = true;     // off: each picture is a plain stub, and no file is opened
+  bool ddsOn = false;         // the context takes block-compressed pictures
+  bool compressionOn = false; // pictures may be compressed on upload
+  bool srgbTextures = false;  // the renderer converts back what pictures of mode "srgb" are read as
+  bool linear = true;         // off while a layer of mode "srgb" loads
   int maxTextureWidth = 16384;
   int maxTextureHeight = 16384;
   int textureDivider = 1;

@@ -1,6 +1,7 @@
 #include "geometry/dshader.h"
 
 #include "foundation/qreport.h"
+#include "geometry/dglobal.h"
 #include "geometry/dmaterial.h"
 #include "geometry/dtexture.h"
 
@@ -35,6 +36,16 @@ void DShader::CreateFromMaterial(const DMaterial& material)
     l.flags &= ~static_cast<uint32_t>(DShaderLayer::DEPTH_WRITE);
     l.blendSrc = GL_SRC_ALPHA;
     l.blendDst = GL_ONE_MINUS_SRC_ALPHA;
+  }
+  if (material.creationFlags & 1 && DGlobals().environmentMap) {
+    DShaderLayer environment;
+    environment.texture = DGlobals().environmentMap;
+    environment.texEnv = GL_MODULATE;
+    environment.texGen[0] = environment.texGen[1] = GL_SPHERE_MAP;
+    environment.flags |= DShaderLayer::BLENDING;
+    environment.blendSrc = GL_SRC_ALPHA;
+    environment.blendDst = GL_ONE_MINUS_SRC_ALPHA;
+    layer.push_back(std::move(environment));
   }
   sortKey = material.IsTransparent() ? 600 : 300;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 class DMaterial;
+class QFile;
 class DTexture;
 
 // One pass of a shader: a texture and the state to draw it with. Factors, functions, filters and wraps are OpenGL's
@@ -101,6 +102,9 @@ public:
   // The first layer blends.
   bool IsBlending() const { return !layer.empty() && (layer.front().flags & DShaderLayer::BLENDING) != 0; }
   void Reset(); // all as new but the name
+  // As text of a shader file; without the opening and closing lines for bodyOnly, which is bit 0 of Write's flags.
+  std::string Text(bool bodyOnly = false) const;
+  [[nodiscard]] bool Write(QFile& file, int flags = 0) const;
   // One layer with the material's texture and colours. Reports and leaves the shader empty without a texture.
   void CreateFromMaterial(const DMaterial& material);
 };

@@ -1,11 +1,10 @@
 #include "geometry/dshaderloader.h"
 
-#include "foundation/qbitmap.h"
-#include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
 #include "geometry/dshader.h"
+#include "geometry/dshadermaps.h"
 #include "geometry/dtexture.h"
 
 #include <algorithm>
@@ -336,70 +335,6 @@ void ReadMode(const Keys& keys, const DShader& shader, DShaderLayer& layer)
   layer.mode = "srgb";
 }
 
-std::shared_ptr<DTexture> PlainTexture(int r, int g, int b)
-{
-  auto bitmap = std::make_unique<QBitMap>(32, 1, 1);
-  bitmap->SetColorAt(0, 0, QColor(r, g, b));
-  return std::make_shared<DBitMapTexture>(std::move(bitmap));
-}
-
-std::shared_ptr<DTexture> SceneTexture(const std::string& mapName, const DShader& shader)
-{
-  if (DGlobals().sceneTexture)
-    if (auto texture = DGlobals().sceneTexture(mapName))
-      return texture;
-  QWARN("DShaderLoader: could not resolve %s (for %s)", mapName.c_str(), shader.name.c_str());
-  if (mapName != "$mirror" && mapName != "$water_reflection")
-    return nullptr;
-  qinfo("No '%s' texture was created (shader '%s')", mapName.c_str(), shader.name.c_str());
-  return PlainTexture(150, 50, 50);
-}
-
-// As it is named, beside the shader's key, beside the file; each through the map path.
-std::string MapFile(const std::string& mapName, std::string_view keyPath, const std::string& infoFile)
-{
-  const std::string name = d3InsideName(mapName);
-  const std::string directory = infoFile.substr(0, std::min(infoFile.find_last_of("/\\"), infoFile.size()));
-  for (const std::string& candidate : {name, std::string(keyPath) + name, directory + "/" + name})
-    if (const std::string path = d3FindMap(candidate); QFileExists(path))
-      return path;
-  return name;
-}
-
-std::shared_ptr<DTexture> LoadMap(const DShader& shader, const DShaderLayer& layer, std::string_view keyPath,
-                                  const std::string& infoFile)
-{
-  std::string mapName = layer.mapName;
-  if (mapName.starts_with('$'))
-    return SceneTexture(mapName, shader);
-  if (const size_t star = mapName.find('*'); star != mapName.npos)
-    mapName.replace(star, 1, "_lt");
-  DGlobal& global = DGlobals();
-  const std::string path = MapFile(mapName, keyPath, infoFile);
-  if (global.poolOn)
-    if (auto shared = global.texturePool.Find(path)) {
-      shared->SetWrap(GL_REPEAT, GL_REPEAT, GL_REPEAT, GL_REPEAT);
-      return shared;
-    }
-  const bool linearBefore = std::exchange(global.linear, layer.mode != "srgb");
-  bool found = false;
-  auto texture = std::make_shared<DBitMapTexture>(d3LoadTextureMap(path, &found, true));
-  global.linear = linearBefore;
-  if (!found)
-    QWARN("Image '%s' not found for shader %s", path.c_str(), shader.name.c_str());
-  texture->SetName(QFileBase(path.c_str()));
-  texture->EnableMipmap(layer.flags & DShaderLayer::MIPMAP);
-  texture->SetMinFilter(layer.minFilter);
-  texture->SetMagFilter(layer.magFilter);
-  texture->SetLodRange(layer.minLod, layer.maxLod, layer.lodBias);
-  if (layer.flags & DShaderLayer::COMPRESSION)
-    texture->EnableCompression();
-  texture->SetWrap(layer.wrapS, layer.wrapT, layer.wrapR, layer.wrapQ);
-  if (global.poolOn && (layer.flags & DShaderLayer::CACHEABLE))
-    global.texturePool.Add(path, texture);
-  return texture;
-}
-
 int SortKey(const DShader& shader)
 {
   const int base = DGlobals().shaderSortBase;
@@ -467,7 +402,9 @@ bool DShaderLoader::Parse(const QInfo& info, const std::string& treeName, DShade
     ReadTexturing(layerKeys, shader, layer);
     ReadColors(layerKeys, layer);
     if (loadMaps)
-      layer.texture = LoadMap(shader, layer, path, info.FileName());
+      layer.texture = DLoadShaderMap(shader, layer, path, info.FileName());
+    if (layer.texture && layerKeys.Has("pbo"))
+      layerKeys.Bool("pbo", false) ? static_cast<void>(layer.texture->EnablePbo()) : layer.texture->DisablePbo();
     shader.layer.push_back(std::move(layer));
   }
   shader.sortKey = SortKey(shader);

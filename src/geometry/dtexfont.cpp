@@ -21,8 +21,7 @@ constexpr std::string_view ENTRY = "char";
 struct Picture
 {
   std::shared_ptr<DTexture> texture;
-  float wid = 1; // never 0: coordinates are divided by it
-  float hgt = 1;
+  DVector2 size{1.0f}; // never 0: coordinates are divided by it
 };
 
 Picture LoadPicture(const std::string& path)
@@ -31,8 +30,7 @@ Picture LoadPicture(const std::string& path)
   auto image = std::make_unique<QImage>(path);
   if (image->LoadFailed() || !image->GetBuffer())
     return picture;
-  picture.wid = static_cast<float>(std::max(image->GetWidth(), 1));
-  picture.hgt = static_cast<float>(std::max(image->GetHeight(), 1));
+  picture.size = {std::max(image->GetWidth(), 1), std::max(image->GetHeight(), 1)};
   picture.texture = std::make_shared<DBitMapTexture>(std::move(image));
   picture.texture->SetName(QFileBase(path.c_str()));
   picture.texture->EnableMipmap(false);
@@ -42,7 +40,7 @@ Picture LoadPicture(const std::string& path)
 }
 
 // Place and size by the keys below path, and the texture coordinates that follow. x is -1 without the key.
-void ReadPlace(const QInfo& info, const std::string& path, const Picture& picture, DTexFont::Char& c)
+void ReadPlace(const QInfo& info, const std::string& path, const DVector2& size, DTexFont::Char& c)
 {
   c.x = info.GetInt(path + ".x", -1);
   c.y = info.GetInt(path + ".y", path.ends_with(".outline") ? -1 : 0);
@@ -50,10 +48,10 @@ void ReadPlace(const QInfo& info, const std::string& path, const Picture& pictur
   c.hgt = info.GetInt(path + ".hgt", 0);
   const auto x = static_cast<float>(c.x);
   const auto y = static_cast<float>(c.y);
-  c.u0 = x / picture.wid;
-  c.u1 = c.u0 + static_cast<float>(c.wid) / picture.wid;
-  c.v0 = 1 - (y + static_cast<float>(c.hgt)) / picture.hgt; // the picture's row 0 is at the bottom
-  c.v1 = 1 - y / picture.hgt;
+  c.u0 = x / size.x;
+  c.u1 = c.u0 + static_cast<float>(c.wid) / size.x;
+  c.v0 = 1 - (y + static_cast<float>(c.hgt)) / size.y; // the picture's row 0 is at the bottom
+  c.v1 = 1 - y / size.y;
 }
 
 int CodeOf(std::string_view name)
@@ -75,12 +73,30 @@ bool DTexFont::Load(const std::string& base)
     return false;
   }
   const QInfo info(description);
-  const bool hasAdvance = info.GetInt("general.version", 2) >= 2;
-  const bool hasOutline = info.GetInt("general.outline", 0) > 0;
   const Picture picture = LoadPicture(base + ".tga");
-  const Picture outlinePicture = hasOutline ? LoadPicture(base + "_outline.tga") : Picture();
+  const Picture outlinePicture = info.GetInt("general.outline", 0) > 0 ? LoadPicture(base + "_outline.tga") : Picture();
   texture = picture.texture;
   outlineTexture = outlinePicture.texture;
+  if (!Read(info, base, picture.size, outlinePicture.size))
+    qfatal("DTexFont (%s) has too many ranges", base.c_str());
+  return true;
+}
+
+bool DTexFont::AddToRange(int code)
+{
+  if (!ranges.empty() && int64_t{code} == int64_t{ranges.back().last} + 1) {
+    ranges.back().last = code;
+    return true;
+  }
+  if (ranges.size() >= MAX_RANGES)
+    return false;
+  ranges.push_back({code, code, static_cast<int>(chars.size())});
+  return true;
+}
+
+bool DTexFont::Read(const QInfo& info, const std::string& base, DVector2 size, DVector2 outlineSize)
+{
+  const bool hasAdvance = info.GetInt("general.version", 2) >= 2;
   chars.clear();
   outlines.clear();
   ranges.clear();
@@ -92,7 +108,7 @@ bool DTexFont::Load(const std::string& base)
     const std::string path = "chars." + std::string(node->Name());
     Char c;
     c.code = CodeOf(node->Name());
-    ReadPlace(info, path, picture, c);
+    ReadPlace(info, path, size, c);
     if (c.x < 0) {
       QWARN("No X defined for texfont %s, entry %d\n", base.c_str(), static_cast<int>(chars.size()));
       break;
@@ -103,16 +119,11 @@ bool DTexFont::Load(const std::string& base)
       c.bearingx = info.GetFloat(path + ".bearingx", 0.0f);
     }
     Char outline = c;
-    ReadPlace(info, path + ".outline", outlinePicture, outline);
+    ReadPlace(info, path + ".outline", outlineSize, outline);
     if (c.code > 255)
       flags |= WIDE;
-    if (!ranges.empty() && int64_t{c.code} == int64_t{ranges.back().last} + 1) {
-      ranges.back().last = c.code;
-    } else {
-      if (ranges.size() >= MAX_RANGES)
-        qfatal("DTexFont (%s) has too many ranges", base.c_str());
-      ranges.push_back({c.code, c.code, static_cast<int>(chars.size())});
-    }
+    if (!AddToRange(c.code))
+      return false;
     height = std::max(height, c.hgt);
     chars.push_back(c);
     outlines.push_back(outline);

@@ -8,6 +8,7 @@
 #include <vector>
 
 class DTexture;
+class QInfo;
 
 // A font whose characters are parts of a picture: BASE.dtf and BASE.tga.
 class DTexFont
@@ -54,6 +55,9 @@ public:
 
   // False, with a report, when the description can't be opened. More than MAX_RANGES groups of codes are fatal.
   bool Load(const std::string& base);
+  // The characters of a description, without pictures: their sizes in pixels are given. False at more groups of codes
+  // than MAX_RANGES; base stands in reports.
+  [[nodiscard]] bool Read(const QInfo& info, const std::string& base, DVector2 size, DVector2 outlineSize);
   // Null, with a report, for a code that the font doesn't have.
   const Char* Find(int code) const;
   float Width(std::string_view text) const;
@@ -68,6 +72,7 @@ public:
   float xScale = 1.0f;
 
 private:
+  bool AddToRange(int code);
   std::vector<Char> chars;
   std::vector<Char> outlines;
   std::vector<Range> ranges;

@@ -4,6 +4,7 @@
 #include "foundation/qfilename.h"
 #include "foundation/qimage.h"
 #include "foundation/qreport.h"
+#include "geometry/ddds.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 #include "geometry/dmaterial.h"
@@ -18,6 +19,7 @@ DTexture::~DTexture()
 {
   if (glTexture == 0 || !DGlobals().hasContext)
     return;
+  DisablePbo();
   DThePipe().ForgetTexture(glTexture);
   glDeleteTextures(1, &glTexture);
 }
@@ -44,6 +46,32 @@ void DTexture::SetSize(int w, int h)
   height = h;
 }
 
+namespace {
+
+// Names that were still alive when a context began.
+void ReportLeaks(const DTexture& created)
+{
+  static uint32_t leaked = 0;
+  if (created.glTexture == leaked)
+    qinfo("Creation of texture ID %d (%s) spotted; this ID was previously marked as still in use, so perhaps leaking",
+          static_cast<int>(leaked), created.GetName() ? created.GetName() : "");
+  if (created.glTexture != 1)
+    return;
+  constexpr GLuint LAST = 999;
+  int count = 0;
+  for (GLuint name = 1; name <= LAST; ++name) {
+    if (!glIsTexture(name))
+      continue;
+    QWARN("Texture ID %d is still in use; possible memory leak", static_cast<int>(name));
+    leaked = count++ == 0 ? name : leaked;
+  }
+  if (count > 0)
+    QERR("Unreleased texture(s) exist (%d are active)", count);
+  QDBG("## First texture; verify that all textures are released\n");
+}
+
+} // namespace
+
 void DTexture::CreateTexture()
 {
   if (glTexture != 0) {
@@ -53,6 +81,7 @@ void DTexture::CreateTexture()
   if (!DGlobals().hasContext)
     return;
   glGenTextures(1, &glTexture);
+  ReportLeaks(*this);
   DThePipe().SelectTexture(target, glTexture);
   ApplyState();
   Upload();
@@ -114,6 +143,12 @@ void DTexture::SetLevels(int base, int max)
   ApplyState();
 }
 
+void DTexture::EnableCompression()
+{
+  if (DGlobals().compressionOn)
+    flags |= COMPRESSION;
+}
+
 void DTexture::EnableMipmap(bool on)
 {
   if (glTexture != 0) {
@@ -141,7 +176,8 @@ void DBitMapTexture::FromBitMap(std::unique_ptr<QBitMap> bitmap)
   if (!bitmap || !bitmap->GetBuffer())
     return;
   SetSize(bitmap->GetWidth(), bitmap->GetHeight());
-  internalFormat = !DGlobals().linear && DGlobals().srgbTextures ? GL_SRGB8_ALPHA8 : GL_RGBA;
+  srgb = !DGlobals().linear && DGlobals().srgbTextures;
+  internalFormat = DInternalFormat(GL_RGBA, false, !srgb);
   bytesPerPixel = 4;
   if (bitmap->HasTransparency())
     flags |= HAS_TRANSPARENCY;
@@ -153,6 +189,7 @@ void DBitMapTexture::Upload()
 {
   if (!pending)
     return;
+  internalFormat = DInternalFormat(GL_RGBA, flags & COMPRESSION, !srgb);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
   glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
   glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
@@ -161,6 +198,47 @@ void DBitMapTexture::Upload()
   if (flags & MIPMAP)
     glGenerateMipmap(GL_TEXTURE_2D);
   pending.reset();
+}
+
+DDrawableTexture::DDrawableTexture(int wid, int hgt)
+{
+  SetSize(wid, hgt);
+  EnableMipmap(false);
+  minFilter = GL_LINEAR;
+  bytesPerPixel = 4;
+}
+
+void DDrawableTexture::Upload()
+{
+  glTexImage2D(target, 0, static_cast<GLint>(internalFormat), width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+}
+
+void DDrawableTexture::CopyFrom(int x, int y, bool front)
+{
+  Select();
+  if (!DGlobals().hasContext)
+    return;
+  glReadBuffer(front ? GL_FRONT : GL_BACK);
+  glCopyTexSubImage2D(target, 0, 0, 0, x, y, width, height);
+  glReadBuffer(GL_BACK);
+}
+
+uint32_t DInternalFormat(uint32_t asked, bool compressed, bool linear)
+{
+  const bool alpha = asked == GL_RGBA;
+  if (compressed && !linear)
+    return GL_COMPRESSED_SRGB_ALPHA;
+  if (compressed)
+    return alpha ? GL_COMPRESSED_RGBA : GL_COMPRESSED_RGB;
+  if (!linear)
+    return alpha ? GL_SRGB8_ALPHA8 : GL_SRGB8;
+  return asked;
+}
+
+bool d3KeyTransparency(QBitMap& picture, const std::string& fileName)
+{
+  const bool keyed = fileName.find(".bmp") != std::string::npos || fileName.find(".BMP") != std::string::npos;
+  return keyed && picture.MakeMagentaTransparent() > 0;
 }
 
 namespace {
@@ -234,6 +312,29 @@ std::unique_ptr<QBitMap> d3MakeStubImage(int type)
   return stub;
 }
 
+namespace {
+
+// The texture, or null and the picture that stands in.
+std::shared_ptr<DTexture> LoadDDS(const std::string& fileName, bool quiet, std::unique_ptr<QBitMap>& standIn)
+{
+  if (!DGlobals().ddsOn) {
+    if (!quiet)
+      qinfo("DDS unsupported; stubbing '%s'", fileName.c_str());
+    standIn = std::make_unique<QBitMap>(32, 1, 1);
+    standIn->SetColorAt(0, 0, QColor(0, 255, 0));
+    return nullptr;
+  }
+  DDDS dds;
+  if (dds.Load(d3FindMap(fileName)))
+    return dds.CreateTexture();
+  if (!quiet)
+    QWARN("Image '%s' loading failed (not found?)", fileName.c_str());
+  standIn = d3MakeStubImage(0);
+  return nullptr;
+}
+
+} // namespace
+
 bool DMaterial::AddBitMap(const std::string& fileName, bool silent, const DGeode* geode, bool quiet)
 {
   if (TextureCount() >= MAX_TEXTURES)
@@ -251,19 +352,19 @@ bool DMaterial::AddBitMap(const std::string& fileName, bool silent, const DGeode
       return true;
     }
   std::unique_ptr<QBitMap> bitmap;
-  if (fileName.find(".dds") != std::string::npos || fileName.find(".DDS") != std::string::npos) {
-    if (!quiet)
-      qinfo("DDS unsupported; stubbing '%s'", fileName.c_str());
-    bitmap = std::make_unique<QBitMap>(32, 1, 1);
-    bitmap->SetColorAt(0, 0, QColor(0, 255, 0));
+  std::shared_ptr<DTexture> added;
+  if (DIsDDSName(fileName) && global.texturesOn) {
+    added = LoadDDS(fileName, quiet, bitmap);
   } else {
     bool found = false;
     bitmap = d3LoadTextureMap(fileName, &found, silent);
+    d3KeyTransparency(*bitmap, fileName);
     if (!found && !quiet)
       QWARN("Material '%s' of geode '%s' failed to load image '%s'", name.c_str(),
             geode ? geode->name.c_str() : "<no_geode>", fileName.c_str());
   }
-  auto added = std::make_shared<DBitMapTexture>(std::move(bitmap));
+  if (!added)
+    added = std::make_shared<DBitMapTexture>(std::move(bitmap));
   if (added->HasTransparency())
     SetTransparent();
   added->SetName(base);

@@ -2,9 +2,11 @@
 
 #include "foundation/qobject.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 class QBitMap;
 
@@ -38,9 +40,14 @@ public:
   void SetLodRange(float min, float max, float bias);
   void SetLevels(int base, int max);
   void EnableMipmap(bool on);
-  void EnableCompression() { flags |= COMPRESSION; }
+  void EnableCompression(); // on upload; nothing happens where the renderer doesn't allow it
   void DisableCompression() { flags &= ~static_cast<uint32_t>(COMPRESSION); }
   bool HasTransparency() const { return flags & HAS_TRANSPARENCY; }
+  // Keeps a copy of the pixels, which ApplyPbo sends again through a buffer of OpenGL's. False, reported, for a format
+  // that can't be; without a context nothing happens.
+  bool EnablePbo();
+  void DisablePbo();
+  bool ApplyPbo(); // false, reported, when the buffer can't be had
 
   uint32_t flags = MIPMAP;
   uint32_t glTexture = 0;
@@ -60,6 +67,8 @@ public:
   float lodBias = 0;
   int baseLevel = 0;
   int maxLevel = 1000;
+  uint32_t pbo = 0; // OpenGL's buffer
+  std::vector<std::byte> pboData;
 
 protected:
   virtual void Upload() {} // with the texture bound
@@ -82,7 +91,27 @@ protected:
 
 private:
   std::unique_ptr<QBitMap> pending;
+  bool srgb = false;
 };
+
+// A texture that is copied from what was drawn.
+class DDrawableTexture : public DTexture
+{
+public:
+  DDrawableTexture(int wid, int hgt);
+  const char* GetClassName() const override { return "DDrawableTexture"; }
+  const char* GetTypeName() const override { return "drawableTexture"; }
+  // The corner at x, y of the back or the front buffer, y from the bottom.
+  void CopyFrom(int x, int y, bool front = false);
+
+protected:
+  void Upload() override;
+};
+
+// OpenGL's internal format for GL_RGB or GL_RGBA: compressed or not, of linear or of sRGB colours.
+uint32_t DInternalFormat(uint32_t asked, bool compressed, bool linear);
+// Of pictures that have no alpha: magenta becomes transparent. True when there was some.
+bool d3KeyTransparency(QBitMap& picture, const std::string& fileName);
 
 // The picture of a file, looked for in the global map path. textures off gives a plain stub; a file that can't be
 // loaded gives a red and blue one, reported unless silent, and found false. Never null.

@@ -4,9 +4,11 @@
 #include "geometry/dpipe.h"
 #include "ui/qglerrors.h"
 
+#include <epoxy/gl.h>
+
 QXWindow::~QXWindow()
 {
-  DGlobals().hasContext = false;
+  DGlobals().hasContext = DGlobals().ddsOn = false;
   display.DestroyWindow();
 }
 
@@ -15,6 +17,7 @@ bool QXWindow::Create(const QDisplayWindow& wanted)
   if (!display.CreateWindow(wanted))
     return false;
   DGlobals().hasContext = display.CreateContext();
+  DGlobals().ddsOn = DGlobals().hasContext && epoxy_has_gl_extension("GL_EXT_texture_compression_s3tc");
   DThePipe().Invalidate();
   if (DGlobals().hasContext)
     QInstallGLErrorCallback();

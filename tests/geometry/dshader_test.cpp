@@ -244,3 +244,63 @@ TEST_F(ShaderLoad, WorldTakesEachGeob)
 }
 
 } // namespace
+
+TEST_F(ShaderLoad, WrittenOnesReadTheSame)
+{
+  const DShader s =
+      Parsed("cull=front\nsky=1\nscale=2\nbounce_alpha=0.5\ntangents=1\natlas=0\n"
+             "vertex_shader\n{\nfile=v.cg\n}\nfragment_shader\n{\nfile=f.cg\n}\n" +
+             Layer(0, "alphafunc=gequal 128\nwrap_t=clamp\ndiffuse=1 0.5 0.25\nshininess=7\nreflect=0.5") +
+             Layer(1, "mode=linear\nblendfunc=filter\ndepthwrite=0\ndepthfunc=always"));
+  const std::string text = s.Text();
+  EXPECT_EQ(
+      0u,
+      text.find("shader_s\n{\n  vertex_shader\n  {\n    file=v.cg\n  }\n  fragment_shader\n  {\n    file=f.cg\n  }\n"
+                "  sky=1\n  scale=2.000000\n  bounce_amount=1.000000\n  bounce_alpha=0.500000\n  cull=front\n"
+                "  cast_shadow=0\n  tangents=1\n  atlas=0\n  layer0\n  {\n    map=a.tga\n    compression=1\n"
+                "    alpha_to_coverage=0\n    alphafunc=gequal 128\n    depthfunc=lequal\n    depthwrite=1\n"
+                "    blendfunc=one zero\n    wrap_s=repeat\n    wrap_t=clamp\n"))
+      << text;
+  const std::string body = s.Text(true);
+  EXPECT_EQ(text, "shader_s\n{\n" + body + "}\n");
+  EXPECT_EQ(text, Parsed(body).Text());
+}
+
+// The six of a cube, a table of floats, a picture whose magenta is clear: each by its name.
+TEST_F(ShaderLoad, NamesOfMapsChooseTheTexture)
+{
+  TempDir dir;
+  const InDirectory inside(dir.Path());
+  QBitMap picture(32, 2, 2);
+  picture.Fill(nullptr, QColor(255, 0, 255));
+  for (const char* side : {"rt", "lt", "up", "dn", "bk", "ft"})
+    ASSERT_TRUE(picture.Write((std::string("sky_") + side + ".tga").c_str(), QBitMap::TGA));
+  dir.Write("t/transmittance.f32", std::string(0x30000, '\0'));
+  dir.Write("t/other.f32", "x");
+  const struct
+  {
+    const char* map;
+    const char* type;
+    int wid;
+    const char* report;
+  } cases[] = {{"sky*.tga", "cubeMap", 2, nullptr},
+               {"t/transmittance.f32", "texture2D", 256, nullptr},
+               {"t/inscatter.f32", "3dTexture", 0, "DTexture3D(t/inscatter.f32); can't open file"},
+               {"t/other.f32", "bitmapTexture", 1, "Unknown hardcoded F32 file"},
+               {"gone.dds", "bitmapTexture", 2, "Image 'gone.dds' loading failed (not found?) for shader s"},
+               {"gone.tga", "bitmapTexture", 2, "Image 'gone.tga' not found for shader s"},
+               {"$mirror", "bitmapTexture", 1, "No '$mirror' texture was created (shader 's')"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.map);
+    reports.Clear();
+    DShader shader;
+    shader.name = "s";
+    QInfo info("test.shd", QInfo::NO_READ);
+    info.ReadFromText(std::string("shader_s\n{\nlayer0\n{\nmap=") + c.map + "\n}\n}\n");
+    EXPECT_TRUE(DShaderLoader::Parse(info, "shader_s", shader));
+    ASSERT_TRUE(shader.layer.at(0).texture);
+    EXPECT_STREQ(c.type, shader.layer[0].texture->GetTypeName());
+    EXPECT_EQ(c.wid, shader.layer[0].texture->width);
+    EXPECT_TRUE(!c.report || reports.Contains(c.report)) << reports.All();
+  }
+}

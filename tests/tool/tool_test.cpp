@@ -302,3 +302,17 @@ TEST_F(Tool, Images)
   EXPECT_EQ(1, bad.status);
   EXPECT_FALSE(std::filesystem::exists(dir.Path("bad.raw")));
 }
+
+TEST_F(Tool, Shaders)
+{
+  dir.Write("a.shd", "base\n{\n}\nshader_Road~base\n{\n  sort_offset=2\n  layer0\n  {\n    map=none.tga\n"
+                     "    alphafunc=gequal 51\n    blendfunc=blend\n  }\n}\nshader_bare\n{\n}\n");
+  const ToolRun run = Run({"shader", "dump", "a.shd"});
+  EXPECT_EQ(0, run.status);
+  EXPECT_THAT(run.out, testing::StartsWith(
+                           R"([{"name":"Road","shaderFlags":2147483913,"sortKey":502,"layers":[{"map":"none.tga",)"
+                           R"("flags":720989,"blendSrc":770,"blendDst":771,"depthFunc":515,"alphaFunc":518,)"
+                           R"("alphaRef":0.2,"diffuse":[1.0,1.0,1.0,1.0],)"));
+  EXPECT_THAT(run.out, HasSubstr(R"({"name":"bare",)"));
+  ExpectFailure({"shader", "dump", "none.shd"}, "can't read none.shd");
+}

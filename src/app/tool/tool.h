@@ -89,4 +89,5 @@ std::vector<ToolVerb> ToolImageVerbs();
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
 std::vector<ToolVerb> ToolModelVerbs();
+std::vector<ToolVerb> ToolShaderVerbs();
 std::vector<ToolVerb> ToolTrackVerbs();

@@ -18,7 +18,7 @@ std::vector<ToolVerb> AllVerbs()
 {
   std::vector<ToolVerb> all;
   for (const auto& group :
-       {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolImageVerbs, ToolModelVerbs, ToolTrackVerbs})
+       {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolImageVerbs, ToolModelVerbs, ToolShaderVerbs, ToolTrackVerbs})
     for (ToolVerb& verb : group())
       all.push_back(std::move(verb));
   return all;
