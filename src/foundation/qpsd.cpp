@@ -244,6 +244,8 @@ void QPSD::RenderLayer(const Layer& layer, QBitMap& picture) const
   for (const Channel& channel : layer.channels)
     if (IsPainted(channel) && channel.id != -1)
       decode(channel);
+  if (rows.empty())
+    return; // nothing bounds its size then
   const int from = std::max(layer.left, 0);
   const int to = std::min(layer.right, wid);
   std::vector<std::vector<uint8_t>> values(rows.size(), std::vector<uint8_t>(static_cast<size_t>(layer.Width())));

@@ -62,6 +62,26 @@ void AddRails(DemoScenery& scenery, const DemoCourse& course, const DemoStrip& s
   }
 }
 
+// A net in front of the stands, on posts behind the guard rail.
+void AddFence(DemoScenery& scenery, const DemoCourse& course)
+{
+  constexpr double PIECE = 10, HIGH = 3.4, BEHIND = 0.7;
+  int number = 0;
+  for (double d = DEMO_STAND_FROM; d + PIECE <= DEMO_STAND_TO; d += PIECE) {
+    const DemoStation from(course, d), to(course, d + PIECE);
+    const double barrier = std::min(from.Section().side[DEMO_LEFT].barrier, to.Section().side[DEMO_LEFT].barrier);
+    if (barrier <= 0)
+      continue;
+    const DVector3 a = from.Beside(DEMO_LEFT, barrier + BEHIND, -0.1), b = to.Beside(DEMO_LEFT, barrier + BEHIND, -0.1);
+    const DVector3 up(0, static_cast<float>(HIGH), 0);
+    DemoNode& node = scenery.AddNode(DemoNumbered("fence", number++, 2), 0);
+    node.distances = {500};
+    const auto wide = static_cast<float>(PIECE), high = static_cast<float>(HIGH);
+    node.Finest().Mesh("fence").Plane({a, b, b + up, a + up}, {0, 0}, {wide, high});
+    node.Finest().Mesh("plain").Box(a, Flat(b - a), 0.09, 0.09, HIGH + 0.1, 1, grey);
+  }
+}
+
 // Distance boards before the slow bends, adverts at their rails.
 void AddBoards(DemoScenery& scenery, const DemoCourse& course)
 {
@@ -231,6 +251,7 @@ void DemoAddFurniture(DemoScenery& scenery, const DemoCourse& course, const Demo
                       const DemoTerrain& terrain)
 {
   AddRails(scenery, course, strip);
+  AddFence(scenery, course);
   DemoAddPits(scenery, course);
   DemoAddStand(scenery, course);
   DemoAddStart(scenery, course);

@@ -193,6 +193,19 @@ std::unique_ptr<QBitMap> DemoPaintArmco()
   });
 }
 
+std::unique_ptr<QBitMap> DemoPaintFence()
+{
+  // A square metre of wire net: diamonds.
+  return DemoPaint(128, 128, [](double u, double v) {
+    constexpr double MESHES = 8, WIRE = 0.13;
+    const auto wire = [](double t) { return std::abs(t - std::floor(t) - 0.5) * 2; }; // 0 on the wire
+    const double off = std::min(wire((u + v) * MESHES / 2), wire((u - v) * MESHES / 2));
+    const double alpha = 1 - DemoSmooth(WIRE * 0.6, WIRE * 1.6, off);
+    const double shade = 0.62 + 0.2 * (1 - off / WIRE) * alpha;
+    return DemoColor(shade, shade, shade * 1.02, alpha);
+  });
+}
+
 std::unique_ptr<QBitMap> DemoPaintPlain()
 {
   return DemoPaint(64, 64, [](double u, double v) {
@@ -207,7 +220,7 @@ std::span<const DemoPicture> DemoPictures()
       {"gravel.tga", DemoPaintGravel},   {"kerb.tga", DemoPaintKerb},       {"concrete.tga", DemoPaintConcrete},
       {"water.tga", DemoPaintWater},     {"sky.tga", DemoPaintSky},         {"trees.tga", DemoPaintTrees},
       {"armco.tga", DemoPaintArmco},     {"crowd.tga", DemoPaintCrowd},     {"garages.tga", DemoPaintGarages},
-      {"signs.tga", DemoPaintSigns},     {"plain.tga", DemoPaintPlain},
+      {"signs.tga", DemoPaintSigns},     {"plain.tga", DemoPaintPlain},     {"fence.tga", DemoPaintFence},
   };
   return pictures;
 }

@@ -63,3 +63,4 @@ std::unique_ptr<QBitMap> DemoPaintCrowd();
 std::unique_ptr<QBitMap> DemoPaintGarages();
 std::unique_ptr<QBitMap> DemoPaintSigns();
 std::unique_ptr<QBitMap> DemoPaintPlain();
+std::unique_ptr<QBitMap> DemoPaintFence();

@@ -184,6 +184,7 @@ std::string DemoShaderFile()
       {"signs", "signs.tga", "vf_standard", nullptr},
       {"armco", "armco.tga", "vf_standard_transparent", nullptr},
       {"trees", "trees.tga", "vf_standard_transparent", nullptr},
+      {"fence", "fence.tga", "vf_standard_transparent", "a net: thinner than a pixel from afar, so it is blended"},
   };
   DemoIni ini;
   ini.Comment("How the materials of this track are drawn: a tree shader_<material> for each.");
@@ -202,7 +203,9 @@ std::string DemoShaderFile()
     if (leafy)
       ini.Key("cull", "none").Key("cast_shadow", 1);
     ini.Open("layer0").Key("map", e.map).Key("wrap_s", "repeat").Key("wrap_t", "repeat");
-    if (leafy)
+    if (std::string_view(e.material) == "fence")
+      ini.Key("blendfunc", "blend").Key("depthwrite", 0);
+    else if (leafy)
       ini.Comment("the holes are cut out, so nothing needs sorting").Key("alphafunc", "gequal 110");
     ini.Close().Close();
   }

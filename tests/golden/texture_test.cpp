@@ -1,0 +1,85 @@
+#include "foundation/qfile.h"
+#include "geometry/ddds.h"
+#include "geometry/dtexture.h"
+#include "golden/glwindow.h"
+#include "support/tempdir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <epoxy/gl.h>
+
+namespace {
+
+// A level of the texture as OpenGL has it, the top row first.
+std::vector<uint8_t> FromTop(DTexture& texture)
+{
+  texture.Select();
+  const size_t row = static_cast<size_t>(texture.width) * 4;
+  std::vector<uint8_t> pixels(row * static_cast<size_t>(texture.height)), turned;
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+  for (size_t at = pixels.size(); at > 0; at -= row)
+    turned.insert(turned.end(), pixels.begin() + static_cast<std::ptrdiff_t>(at - row),
+                  pixels.begin() + static_cast<std::ptrdiff_t>(at));
+  return turned;
+}
+
+} // namespace
+
+// Another program writes the files and reads them again; what OpenGL makes of ours is the same picture, upright.
+TEST(TexturesInOpenGL, CompressedOnesStandUpright)
+{
+  GlWindow window(64, 64);
+  if (!window.IsOpen())
+    GTEST_SKIP() << "no software renderer";
+  TempDir dir;
+  const std::string convert = "cd '" + dir.Path() + "' && convert ";
+  ASSERT_EQ(0, std::system((convert + "-size 32x32 gradient:red-blue -alpha on -channel A -evaluate set 70% +channel "
+                                      "\\( -size 8x4 xc:white -geometry +4+2 \\) -composite -write s.png "
+                                      "-define dds:mipmaps=3 -define dds:compression=dxt5 -write dxt5.dds -alpha off "
+                                      "-define dds:compression=dxt1 dxt1.dds")
+                               .c_str()));
+  for (const char* name : {"dxt1", "dxt5"}) {
+    SCOPED_TRACE(name);
+    const std::string path = dir.Path(std::string(name) + ".dds");
+    ASSERT_EQ(0, std::system((convert + name + ".dds -depth 8 rgba:" + name).c_str()));
+    DDDS dds;
+    ASSERT_TRUE(dds.Load(path));
+    EXPECT_LT(1u, dds.Levels().size());
+    const auto texture = dds.CreateTexture();
+    const std::vector<uint8_t> drawn = FromTop(*texture);
+    std::string expected;
+    ASSERT_TRUE(QReadFile(dir.Path(name), expected));
+    ASSERT_EQ(expected.size(), drawn.size());
+    int largest = 0;
+    for (size_t i = 0; i < drawn.size(); ++i)
+      largest = std::max(largest, std::abs(drawn[i] - static_cast<uint8_t>(expected[i])));
+    EXPECT_LE(largest, 8); // the two mix colours with a little difference
+    EXPECT_EQ(0, window.TakeErrors());
+  }
+}
+
+TEST(TexturesInOpenGL, PicturesGoThroughABufferAndComeFromTheFrame)
+{
+  GlWindow window(64, 64);
+  if (!window.IsOpen())
+    GTEST_SKIP() << "no software renderer";
+  auto picture = std::make_unique<QBitMap>(32, 4, 4);
+  picture->Fill(nullptr, QColor(10, 200, 30));
+  DBitMapTexture texture(std::move(picture));
+  ASSERT_TRUE(texture.EnablePbo());
+  texture.pboData[0] = std::byte{77};
+  EXPECT_TRUE(texture.ApplyPbo());
+  std::vector<uint8_t> pixels = FromTop(texture);
+  EXPECT_EQ(77, pixels[12 * 4]); // the lower left pixel
+  EXPECT_EQ(200, pixels[1]);
+  glClearColor(0, 0, 1, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
+  DDrawableTexture frame(16, 8);
+  frame.CopyFrom(4, 4);
+  pixels = FromTop(frame);
+  EXPECT_EQ(16u * 8 * 4, pixels.size());
+  EXPECT_EQ(255, pixels[2]);
+  EXPECT_EQ(0, window.TakeErrors());
+}
