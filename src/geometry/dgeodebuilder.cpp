@@ -25,7 +25,8 @@ DGeodeBuilder::Geob* DGeodeBuilder::MakeGeob()
 std::unique_ptr<DGeode> DGeodeBuilder::Build(const std::string& fileName, const std::string& imageName) const
 {
   auto geode = std::make_unique<DGeode>(fileName);
-  geode->AddMaterial()->AddBitMap(imageName, false, geode.get());
+  // A picture that isn't there is no fault of an author's: it is stubbed without a word.
+  geode->AddMaterial()->AddBitMap(geode->FindMapFile(imageName), true, geode.get(), true);
   for (const auto& made : geobs) {
     DGeob& g = *geode->AddGeob();
     g.vertex.assign(made->vertex.begin(), made->vertex.end());
@@ -34,6 +35,8 @@ std::unique_ptr<DGeode> DGeodeBuilder::Build(const std::string& fileName, const 
     g.index.resize(g.vertex.size());
     std::iota(g.index.begin(), g.index.end(), static_cast<uint16_t>(0));
     g.AddBurst({0, 3 * g.VertexCount(), 0, 3});
+    g.FinalizeGeob();
   }
+  geode->GetBoundingBox();
   return geode;
 }

@@ -25,6 +25,7 @@ public:
     std::vector<DVector3> vertex;
   };
   Geob* MakeGeob(); // null, with a report, at MAX_GEOBS
+  // A geob for each one made, all with the one material of the picture. Never null.
   std::unique_ptr<DGeode> Build(const std::string& fileName, const std::string& imageName) const;
 
 private:

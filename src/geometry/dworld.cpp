@@ -59,7 +59,7 @@ DWorldObject* DWorld::Add(DGeode* geode)
       object.sortKey = m && m->IsTransparent() ? 600 : 300;
     }
     if (!objects.Add(object)) {
-      QWARN("DWorld:Add(geode %s); max (%d) objects reached", geode->name.c_str(), MAX_OBJECTS);
+      QWARN("DShaderRender:Add(geode) overflow");
       break;
     }
   }
@@ -78,11 +78,20 @@ void DWorld::Remove(const DGeode* geode)
 void DWorld::ClearObjects()
 {
   objects.Clear();
+  shadowVolumes.Clear();
+}
+
+bool DWorld::AddShadowVolume(DGeob* shadowVolume)
+{
+  if (shadowVolumes.Add(shadowVolume))
+    return true;
+  QWARN("DWorld:Add(shadowVolume) overflow, max=%d", MAX_SHADOW_VOLUMES);
+  return false;
 }
 
 void DWorld::Clear()
 {
-  objects.Clear();
+  ClearObjects();
   byKey.clear();
   shaders.clear();
 }
@@ -123,7 +132,8 @@ bool DWorld::LoadShaders(const std::string& fileName, std::string_view prefix)
       shader->Reset();
     else
       shader = AddShader(key);
-    DShaderLoader::Parse(info, tree, *shader, keyPath);
+    if (shader)
+      DShaderLoader::Parse(info, tree, *shader, keyPath);
     ++done;
     if (DGlobals().shaderProgress)
       DGlobals().shaderProgress(done, static_cast<int>(trees.size()), tree);
@@ -144,6 +154,10 @@ DShader* DWorld::GetShader(int i) const
 
 DShader* DWorld::AddShader(const std::string& key)
 {
+  if (ShaderCount() >= MAX_SHADERS) {
+    QWARN("DShaderRender:Add(shader) overflow");
+    return nullptr;
+  }
   DShader* shader = shaders.emplace_back(std::make_unique<DShader>()).get();
   shader->name = key;
   byKey[key] = shader;
@@ -152,8 +166,17 @@ DShader* DWorld::AddShader(const std::string& key)
 
 DShader* DWorld::GetDefaultShader()
 {
-  if (defaultShader)
-    return defaultShader.get();
+  if (!defaultShader)
+    CreateDefaultShader();
+  return defaultShader.get();
+}
+
+bool DWorld::CreateDefaultShader()
+{
+  if (defaultShader) {
+    QWARN("defaultShader was already created");
+    return false;
+  }
   defaultShader = std::make_unique<DShader>();
   defaultShader->name = "DWorldDefaultShader";
   defaultShader->vertexFile = std::string(SHADER_DIRECTORY) + "/dyn_standard_v.cg";
@@ -162,5 +185,5 @@ DShader* DWorld::GetDefaultShader()
   layer.texture = std::make_shared<DBitMapTexture>(d3MakeStubImage(0));
   layer.texEnv = 0x2100; // GL_MODULATE
   defaultShader->sortKey = 300;
-  return defaultShader.get();
+  return true;
 }

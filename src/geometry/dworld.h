@@ -29,6 +29,8 @@ class DWorld : public QObject
 {
 public:
   static constexpr int MAX_OBJECTS = 10000;
+  static constexpr int MAX_SHADERS = 10000;
+  static constexpr int MAX_SHADOW_VOLUMES = 1000;
   static constexpr const char* SHADER_DIRECTORY = "data/renderer/shaders";
 
   DWorld();
@@ -41,6 +43,8 @@ public:
   void ClearObjects();
   void Clear(); // objects and shaders
   const DTable<DWorldObject, MAX_OBJECTS>& Objects() const { return objects; }
+  // A shape that throws a shadow; it must outlive its place here. False when the list is full (reported).
+  bool AddShadowVolume(DGeob* shadowVolume);
 
   // Reads the shaders of a file into the list; one that is there under the same key is reset and read again, so that
   // materials stay linked. False when the file can't be read.
@@ -49,12 +53,14 @@ public:
   int ShaderCount() const { return static_cast<int>(shaders.size()); }
   DShader* GetShader(int i) const; // null out of range
   DShader* GetDefaultShader();     // made when first asked for
+  bool CreateDefaultShader();      // false when it is there already (reported)
   void SetSearchPrefix(std::string_view p) { searchPrefix = p; }
 
 private:
-  DShader* AddShader(const std::string& key);
+  DShader* AddShader(const std::string& key); // null when the list is full (reported)
 
   DTable<DWorldObject, MAX_OBJECTS> objects;
+  DTable<DGeob*, MAX_SHADOW_VOLUMES> shadowVolumes;
   std::vector<std::unique_ptr<DShader>> shaders;
   std::unordered_map<std::string, DShader*> byKey;
   std::unique_ptr<DShader> defaultShader;

@@ -77,6 +77,13 @@ void DCamera::SetProjection(const DMatrix4& m)
   flags |= CUSTOM_PROJECTION;
 }
 
+void DCamera::SetStereoShift(float eyeOffset, float focusDistance)
+{
+  stereoOffset = eyeOffset;
+  stereoFocus = focusDistance;
+  flags = eyeOffset != 0 ? flags | STEREO_SHIFT : flags & ~static_cast<uint32_t>(STEREO_SHIFT);
+}
+
 void DCamera::Go(const DVector3& position, const DVector3& offset, float newYaw, float newPitch, float newRoll,
                  int newMethod)
 {
@@ -132,6 +139,8 @@ void DCamera::CalcModelViewMatrix(const DMatrix4& pre)
     return;
   }
   modelView = pre * modelView;
+  if (flags & STEREO_SHIFT)
+    modelView = Translation({-stereoOffset, 0, 0}) * modelView;
   if (flags & MIRROR_Y)
     for (int column = 0; column < 4; ++column)
       modelView[column][1] = -modelView[column][1];
@@ -147,7 +156,10 @@ DMatrix4 DCamera::GetProjection(float otherFar) const
   // Not a number fails the comparison too.
   const float degrees = fov >= 0.01f ? std::min(fov, 179.0f) : 0.01f;
   const float shape = aspect > 0.0001f ? aspect : 1.0f;
-  return glm::perspective(degrees / DEGREES, shape, nearPlane, end);
+  DMatrix4 m = glm::perspective(degrees / DEGREES, shape, nearPlane, end);
+  if (flags & STEREO_SHIFT && stereoFocus > 0)
+    m[2][0] = -m[0][0] * stereoOffset / stereoFocus;
+  return m;
 }
 
 DVector3 DCamera::GetEye() const
@@ -157,6 +169,6 @@ DVector3 DCamera::GetEye() const
 
 void DCamera::LoadSettings(const QInfo& info, std::string_view key)
 {
-  smProfile = info.GetInt(std::string(key) + ".sm_profile");
-  focus = info.GetFloat(std::string(key) + ".focus");
+  smProfile = info.GetInt(std::string(key) + ".sm_profile", smProfile);
+  focus = info.GetFloat(std::string(key) + ".focus", focus);
 }

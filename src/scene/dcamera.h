@@ -51,6 +51,9 @@ public:
   void SetClip(float nearPlane, float farPlane);
   void SetOrtho(float l, float r, float b, float t, float nearPlane, float farPlane);
   void SetProjection(const DMatrix4& m); // in place of the computed one
+  // One eye's view: it stands this far to the right (negative: left) of the middle, and what lies at the focus distance
+  // is seen by both in one place. Metres; 0 gives the view of the middle.
+  void SetStereoShift(float eyeOffset, float focusDistance);
   // Position, offset in view space, angles and method in one.
   void Go(const DVector3& position, const DVector3& offset, float newYaw, float newPitch, float newRoll,
           int newMethod = METHOD_MATRIX);
@@ -62,7 +65,7 @@ public:
   DMatrix4 GetProjection(float farPlane = 0) const;
   // In world space, from the last model-view matrix.
   DVector3 GetEye() const;
-  // "<key>.sm_profile", "<key>.focus".
+  // "<key>.sm_profile", "<key>.focus"; what is missing stays as it is.
   void LoadSettings(const QInfo& info, std::string_view key);
 
   int GetMethod() const { return method; }
@@ -87,6 +90,8 @@ private:
   DMatrix4 stored{1.0f};
   DMatrix4 projection{1.0f};
   DVector2 shear{0.0f};
+  float stereoOffset = 0;
+  float stereoFocus = 0;
   float left = -1, right = 1, bottom = -1, top = 1;
   float nearPlane = 0.2f, farPlane = 10000.0f;
   float fov = 50.0f, aspect = 4.0f / 3.0f;

@@ -2,6 +2,7 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
+#include "geometry/dgeodebuilder.h"
 #include "geometry/dglobal.h"
 #include "geometry/dshader.h"
 #include "scene/worldrenderer.h"
@@ -175,31 +176,18 @@ bool WorldGeodeNode::Load(std::string_view path, const float* lodDistances, bool
 
 std::unique_ptr<DGeode> WorldMakeStub()
 {
-  auto geode = std::make_unique<DGeode>("mystub.dof");
-  DMaterial* material = geode->AddMaterial();
-  DGeob* geob = geode->AddGeob();
-  if (!material || !geob) {
-    QERR("WorldGeodeNode:MakeStub(); no geode created");
-    return nullptr;
-  }
-  material->AddBitMap(geode->FindMapFile("mytexture.tga"), true, geode.get(), true);
-  for (int side = 0; side < 6; ++side) {
+  DGeodeBuilder builder;
+  DGeodeBuilder::Geob* cube = builder.MakeGeob();
+  for (int side = 0; cube && side < 6; ++side) {
     const int axis = side / 2;
-    DVector3 normal(0.0f), u(0.0f), v(0.0f);
-    normal[axis] = side % 2 ? -1.0f : 1.0f;
-    u[(axis + 1) % 3] = 1.0f;
-    v = glm::cross(normal, u);
-    const auto base = static_cast<uint16_t>(geob->vertex.size());
-    for (const DVector2& corner : {DVector2(0, 0), DVector2(1, 0), DVector2(1, 1), DVector2(0, 1)}) {
-      geob->vertex.push_back(normal * 0.5f + u * (corner.x - 0.5f) + v * (corner.y - 0.5f));
-      geob->normal.push_back(normal);
-      geob->texCoord[0].push_back(corner);
-    }
-    for (const int i : {0, 1, 2, 0, 2, 3})
-      geob->index.push_back(static_cast<uint16_t>(base + i));
+    DVector3 out(0.0f), u(0.0f);
+    out[axis] = side % 2 ? -0.5f : 0.5f;
+    u[(axis + 1) % 3] = 0.5f;
+    const DVector3 v = 2.0f * glm::cross(out, u);
+    cube->AddTriangle(out - u - v, out + u - v, out + u + v);
+    cube->AddTriangle(out - u - v, out + u + v, out - u + v);
   }
-  geob->AddBurst({.start = 0, .count = 3 * geob->IndexCount()});
-  geob->FinalizeGeob();
-  geode->GetBoundingBox();
-  return geode;
+  if (!cube)
+    QERR("WorldGeodeNode:MakeStub(); no geode created");
+  return cube ? builder.Build("mystub.dof", "mytexture.tga") : nullptr;
 }

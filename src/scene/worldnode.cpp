@@ -27,7 +27,7 @@ WorldNode::~WorldNode()
   Unlink();
   while (child)
     child->Unlink();
-  flags |= DELETED;
+  static_cast<volatile uint32_t&>(flags) = flags | DELETED; // or the compiler drops a write that nothing may read
 }
 
 void WorldNode::Unlink()
@@ -38,6 +38,8 @@ void WorldNode::Unlink()
   if (next)
     next->prev = prev;
   parent = next = prev = nullptr;
+  if (scene)
+    scene->names.Remove(*this);
 }
 
 bool WorldNode::SetNoofProperties(int count)

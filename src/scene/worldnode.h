@@ -20,7 +20,7 @@ public:
   {
     SKY = 0x02, // not lit, drawn before the rest
     VISIBLE = 0x04,
-    DELETED = 0x10,
+    DELETED = 0x10,    // who still comes here holds a dead node: the program stops
     POST_FRAME = 0x20, // called back after the frame
   };
   // A null name is reported, and the node is named by its class word and a running number.
@@ -71,11 +71,14 @@ protected:
 
 private:
   friend class WorldScene;
+  friend class WorldNameIndex;
   WorldScene* scene; // not owned; null: none
   WorldNode* parent = nullptr;
   WorldNode* next = nullptr;
   WorldNode* prev = nullptr;
   WorldNode* child = nullptr;
+  WorldNode* olderNamesake = nullptr; // of the scene's index
+  WorldNode* newerNamesake = nullptr;
   bool sceneGone = false; // the scene went while the node hung in its tree
   std::string name;
   std::vector<std::pair<std::string, std::string>> properties;

@@ -34,6 +34,12 @@ bool WorldTransformationNode::SetMatrix(const DMatrix4& matrix)
   return true;
 }
 
+bool WorldLightNode::Enter(WorldState& state)
+{
+  *state.scene.ReserveRenderLight() = {this, state.Matrix()};
+  return false;
+}
+
 float WorldLODNode::GetLODDistance(int i) const
 {
   if (i < 0 || i >= MAX_LEVELS) {

@@ -93,6 +93,7 @@ class WorldLightNode : public WorldNode
 public:
   WorldLightNode(WorldScene* owner, const char* nodeName) : WorldNode(owner, nodeName, "light") {}
   const char* GetClassName() const override { return "light"; }
+  bool Enter(WorldState& state) override; // reserves a light of the frame
 };
 
 // Calls its owner in Render.

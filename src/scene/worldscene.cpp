@@ -2,6 +2,7 @@
 
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "foundation/qsystemnode.h"
 #include "geometry/dglobal.h"
 #include "geometry/dworld.h"
 #include "scene/ddirector.h"
@@ -13,6 +14,7 @@ WorldScene::WorldScene(const QClock& clock) :
     renderer(std::make_unique<WorldRenderer>(*this)), fps(DFPS::AVERAGE_INTERVALS, clock)
 {
   blocks.resize(MAX_BLOCKS);
+  lights.reserve(MAX_LIGHTS); // so that a frame allocates nothing
   if (!DGlobals().world)
     DGlobals().world = world.get();
 }
@@ -20,6 +22,7 @@ WorldScene::WorldScene(const QClock& clock) :
 WorldScene::~WorldScene()
 {
   DestroyTree();
+  names.Clear();
   if (DGlobals().world == world.get())
     DGlobals().world = nullptr;
 }
@@ -33,26 +36,30 @@ void WorldScene::AddNode(WorldNode* node, WorldNode* parent)
     if (up == node)
       return; // below itself
   node->Unlink();
-  node->scene = this;
+  if (node->scene != this)
+    Adopt(*node);
   node->parent = above;
   node->next = above->child;
   if (node->next)
     node->next->prev = node;
   above->child = node;
+  names.Add(*node);
+}
+
+// The node and what hangs below it change over from another scene, or from none.
+void WorldScene::Adopt(WorldNode& node)
+{
+  if (node.parent && node.scene)
+    node.scene->names.Remove(node);
+  node.scene = this;
+  if (node.parent)
+    names.Add(node);
+  for (WorldNode* below = node.child; below; below = below->next)
+    if (below->scene != this)
+      Adopt(*below);
 }
 
 namespace {
-
-WorldNode* FindBelow(WorldNode* first, std::string_view name)
-{
-  for (WorldNode* node = first; node; node = node->GetNext()) {
-    if (node->GetName() == name)
-      return node;
-    if (WorldNode* found = FindBelow(node->GetChild(), name))
-      return found;
-  }
-  return nullptr;
-}
 
 int CountBelow(const WorldNode* first)
 {
@@ -83,7 +90,7 @@ void UpdateBelow(WorldNode* first, float seconds)
 
 WorldNode* WorldScene::FindNode(std::string_view name) const
 {
-  return FindBelow(root.GetChild(), name);
+  return names.Find(name, root);
 }
 
 int WorldScene::CountNodes() const
@@ -201,6 +208,16 @@ void WorldScene::LoadSettings(const QInfo& info, std::string_view key)
   shadowMapping = info.GetInt(base + ".shadowmapping.enable");
 }
 
+bool WorldScene::ExposeSystem(QSystemNode& parent)
+{
+  if (system) {
+    QERR("ExposeSystem duplicate call");
+    return false;
+  }
+  system = parent.AddChild("scenegraph");
+  return true;
+}
+
 void WorldScene::SetSize(int width, int height)
 {
   viewWidth = std::max(width, 1);
@@ -221,15 +238,15 @@ DDirector* WorldScene::GetDirector(int i) const
   return i >= 0 && i < GetNoofFrameports() ? frameports[static_cast<size_t>(i)].director : nullptr;
 }
 
-DCamera* WorldScene::CameraOf(size_t frameport) const
+DCamera* WorldScene::CameraOf(size_t frameport, const char* function) const
 {
   const DDirector* director = frameports[frameport].director;
   if (!director) {
-    QWARN("WorldScene:UpdateCameraManager: frameport %d has no director", static_cast<int>(frameport));
+    QWARN("WorldScene:%s: frameport %d has no director", function, static_cast<int>(frameport));
     return nullptr;
   }
   if (!director->GetCurrentCamera())
-    QWARN("WorldScene:UpdateCameraManager: frameport %d's director has no cam selected", static_cast<int>(frameport));
+    QWARN("WorldScene:%s: frameport %d's director has no cam selected", function, static_cast<int>(frameport));
   return director->GetCurrentCamera();
 }
 
@@ -238,15 +255,16 @@ void WorldScene::UpdateCameraManager()
   if (frameports.empty())
     QWARN("WorldScene::UpdateCameraManager(); no frameports defined");
   for (size_t i = 0; i < frameports.size(); ++i)
-    if (DCamera* camera = CameraOf(i))
+    if (DCamera* camera = CameraOf(i, "UpdateCameraManager"))
       camera->Update();
 }
 
 void WorldScene::RenderCameraManager()
 {
+  if (frameports.empty())
+    QWARN("WorldScene::RenderCameraManager(); no frameports defined");
   for (size_t i = 0; i < frameports.size(); ++i) {
-    DDirector* director = frameports[i].director; // one that lacks was reported by the update
-    if (DCamera* camera = director ? director->GetCurrentCamera() : nullptr) {
+    if (DCamera* camera = CameraOf(i, "RenderCameraManager")) {
       const QRect& rect = frameports[i].rect;
       camera->SetAspect(static_cast<float>(std::max(rect.wid, 1)) / static_cast<float>(std::max(rect.hgt, 1)));
       camera->SetClip(nearPlane, farPlane);
@@ -279,6 +297,20 @@ RenderBlock* WorldScene::ReserveRenderBlock()
   RenderBlock& block = blocks[static_cast<size_t>(blockCount - 1)];
   block = {};
   return &block;
+}
+
+RenderLight* WorldScene::ReserveRenderLight()
+{
+  if (lights.size() < MAX_LIGHTS)
+    return &lights.emplace_back();
+  QWARN("WorldScene:ReserveRenderLight(); out of render lights (max=%d)", MAX_LIGHTS);
+  return &(lights.back() = {});
+}
+
+void WorldScene::ClearRenderBlocks()
+{
+  blockCount = 0;
+  lights.clear();
 }
 
 bool WorldScene::GatherPostFrame(WorldNode& node)

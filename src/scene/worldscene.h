@@ -7,6 +7,7 @@
 #include "scene/dfps.h"
 #include "scene/renderblock.h"
 #include "scene/worldlight.h"
+#include "scene/worldnameindex.h"
 #include "scene/worldnodes.h"
 
 #include <memory>
@@ -20,6 +21,7 @@ class DMaterial;
 class DShader;
 class DWorld;
 class QInfo;
+class QSystemNode;
 class WorldRenderer;
 class WorldShaders;
 
@@ -49,7 +51,7 @@ public:
 
   // To the head of the parent's children, or of the tree's without a parent. Hangs a node over when it is in a tree.
   void AddNode(WorldNode* node, WorldNode* parent = nullptr);
-  // Depth first, exact; null when absent.
+  // Exact; of several the one that was added last. Null when absent.
   WorldNode* FindNode(std::string_view name) const;
   int CountNodes() const; // the root not counted
   // Expects an empty tree; what is left is reported, printed and taken out, leaves first.
@@ -70,6 +72,9 @@ public:
   float GetVarValue(int i) const; // whatever its type; 0 out of range
 
   void LoadSettings(const QInfo& info, std::string_view key);
+  // Makes the node "scenegraph" below the parent, which must outlive the scene. False the second time (reported).
+  bool ExposeSystem(QSystemNode& parent);
+  QSystemNode* GetSystem() const { return system; } // null before ExposeSystem
   void SetSize(int width, int height);
   int GetWidth() const { return viewWidth; }
   int GetHeight() const { return viewHeight; }
@@ -88,7 +93,10 @@ public:
 
   // A cleared entry of the frame's list. When there is none left this is reported, and the last one is handed back.
   RenderBlock* ReserveRenderBlock();
-  void ClearRenderBlocks() { blockCount = 0; }
+  // The lights that a frame's walk met. The same holds for them.
+  RenderLight* ReserveRenderLight();
+  std::span<const RenderLight> GetRenderLights() const { return lights; }
+  void ClearRenderBlocks(); // and the lights
   std::span<RenderBlock> GetRenderBlocks() { return {blocks.data(), static_cast<size_t>(blockCount)}; }
   void SetRenderBlockCount(int count) { blockCount = count; } // less than now
   struct PostFrameEntry
@@ -128,10 +136,13 @@ private:
     DDirector* director = nullptr;
     QRect rect;
   };
+  friend class WorldNode;
+  void Adopt(WorldNode& node);
   bool GatherPostFrame(WorldNode& node);
   const Var* FindVarOf(int i, const char* function) const;
-  DCamera* CameraOf(size_t frameport) const;
+  DCamera* CameraOf(size_t frameport, const char* function) const;
 
+  WorldNameIndex names; // goes after the root
   WorldGroupNode root;
   std::unique_ptr<DWorld> world;
   std::unique_ptr<WorldShaders> shaders;
@@ -143,5 +154,7 @@ private:
   std::vector<Frameport> frameports;
   std::vector<RenderBlock> blocks; // MAX_BLOCKS, the first blockCount in use
   int blockCount = 0;
+  std::vector<RenderLight> lights; // at most MAX_LIGHTS
   std::vector<PostFrameEntry> postFrame;
+  QSystemNode* system = nullptr;
 };

@@ -134,3 +134,39 @@ TEST(Camera, MethodsDifferAsTold)
   EXPECT_EQ(DVector3(0.0f), orbit.GetFrom());
   EXPECT_TRUE(reports.Contains("DCamera:GetFrom(); unsupported method 1"));
 }
+
+TEST(Camera, ProjectionsOfTheirOwn)
+{
+  DCamera plan;
+  plan.SetOrtho(-20, 20, -10, 10, 1, 100);
+  plan.Go({0, 0, 50}, DVector3(0.0f), 0, 0, 0);
+  plan.CalcModelViewMatrix();
+  for (const float depth : {-40.0f, 0.0f, 40.0f}) // no nearer, no larger
+    EXPECT_NEAR(0, glm::length(DVector2(Projected(plan, {10, 5, depth})) - DVector2(0.5f, 0.5f)), 1e-6);
+
+  DCamera custom;
+  const DMatrix4 given = glm::ortho(0.0f, 1.0f, 0.0f, 1.0f, 0.0f, 1.0f);
+  custom.SetOrtho(-20, 20, -10, 10, 1, 100);
+  custom.SetProjection(given);
+  EXPECT_EQ(given, custom.GetProjection(500));
+}
+
+TEST(Camera, EyesMeetAtTheFocus)
+{
+  DCamera middle, left, right;
+  left.SetStereoShift(-0.03f, 10);
+  right.SetStereoShift(0.03f, 10);
+  for (DCamera* camera : {&middle, &left, &right}) {
+    camera->Go({5, 1, 0}, DVector3(0.0f), 90, 0, 0); // looks along x
+    camera->CalcModelViewMatrix();
+  }
+  EXPECT_NEAR(0, glm::length(right.GetEye() - DVector3(5, 1, 0.03f)), 1e-5);
+  const DVector3 atFocus(15, 2, 1), behind(105, 2, 1);
+  EXPECT_NEAR(Projected(left, atFocus).x, Projected(right, atFocus).x, 1e-5);
+  EXPECT_NEAR(Projected(middle, atFocus).x, Projected(right, atFocus).x, 1e-5);
+  EXPECT_LT(Projected(left, behind).x, Projected(right, behind).x);
+  right.SetStereoShift(0, 10);
+  right.CalcModelViewMatrix();
+  EXPECT_EQ(middle.GetModelView(), right.GetModelView());
+  EXPECT_EQ(middle.GetProjection(), right.GetProjection());
+}

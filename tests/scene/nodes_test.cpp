@@ -1,6 +1,8 @@
 #include "foundation/qinfo.h"
+#include "foundation/qsystemnode.h"
 #include "geometry/dgeode.h"
 #include "scene/scenery.h"
+#include "scene/worldeffectnodes.h"
 #include "scene/worldnodes.h"
 #include "support/reportcapture.h"
 #include "support/tempdir.h"
@@ -31,6 +33,92 @@ TEST(Tree, LinksNewNodesAtTheHead)
   EXPECT_EQ(5u, a.flags);
   EXPECT_EQ(5u, below.flags);
   EXPECT_EQ(7u, b.flags);
+}
+
+TEST(Tree, FindsTheNewestOfAName)
+{
+  WorldScene scene, other;
+  WorldGroupNode first(&scene, "n"), detached(&scene, "detached");
+  auto second = std::make_unique<WorldGroupNode>(&scene, "n");
+  auto third = std::make_unique<WorldGroupNode>(&scene, "n");
+  for (WorldNode* node : {static_cast<WorldNode*>(&first), static_cast<WorldNode*>(second.get())})
+    scene.AddNode(node);
+  scene.AddNode(third.get(), &detached);
+  EXPECT_EQ(second.get(), scene.FindNode("n")); // the third hangs outside the tree
+  scene.AddNode(&detached, second.get());
+  EXPECT_EQ(third.get(), scene.FindNode("n"));
+  second.reset(); // from the middle of the chain, and with it the branch to the third
+  EXPECT_EQ(&first, scene.FindNode("n"));
+  scene.AddNode(&detached);
+  third.reset();
+  EXPECT_EQ(&first, scene.FindNode("n"));
+  scene.AddNode(&first, &detached);
+  other.AddNode(&detached); // takes what hangs below it along
+  EXPECT_EQ(nullptr, scene.FindNode("n"));
+  EXPECT_EQ(&first, other.FindNode("n"));
+  first.Unlink();
+  EXPECT_EQ(nullptr, other.FindNode("n"));
+}
+
+TEST(Tree, LeavesBranchesOutsideItAlive)
+{
+  auto scene = std::make_unique<WorldScene>();
+  WorldGroupNode top(scene.get(), "top"), below(scene.get(), "below");
+  scene->AddNode(&below, &top);
+  scene.reset();
+  below.Unlink();
+  EXPECT_EQ(nullptr, top.GetChild());
+  WorldScene next;
+  next.AddNode(&below);
+  EXPECT_EQ(&below, next.FindNode("below"));
+}
+
+TEST(Tree, CallsBackSoManyNodesAfterAFrame)
+{
+  ReportCapture reports;
+  WorldScene scene;
+  std::vector<std::unique_ptr<WorldGroupNode>> nodes;
+  WorldNode* parent = nullptr;
+  for (int i = 0; i < 501; ++i) { // each below the one before
+    nodes.push_back(std::make_unique<WorldGroupNode>(&scene, "post"));
+    nodes.back()->flags |= WorldNode::POST_FRAME;
+    scene.AddNode(nodes.back().get(), parent);
+    parent = nodes.back().get();
+  }
+  const auto entries = scene.FindPostFrameNodes(); // the last one has no children: no way back from it
+  ASSERT_EQ(1000u, entries.size());
+  EXPECT_EQ(nodes[500].get(), entries[500].node);
+  EXPECT_FALSE(entries[500].leave);
+  EXPECT_EQ(nodes[499].get(), entries[501].node);
+  EXPECT_TRUE(entries[501].leave);
+  EXPECT_TRUE(reports.Contains("WorldScene:FindPostFrameNodes(); too many nodes found, max=1000 ('leave')\n"));
+  std::vector<std::unique_ptr<WorldGroupNode>> flat;
+  for (int i = 0; i < 1001; ++i) {
+    flat.push_back(std::make_unique<WorldGroupNode>(&scene, "flat"));
+    flat.back()->flags |= WorldNode::POST_FRAME;
+    scene.AddNode(flat.back().get());
+  }
+  EXPECT_EQ(1000u, scene.FindPostFrameNodes().size());
+  EXPECT_TRUE(reports.Contains("WorldScene:FindPostFrameNodes(); too many nodes found, max=1000\n"));
+  EXPECT_FALSE(scene.FindPostFrameNodes().back().leave);
+}
+
+TEST(Tree, PrintsItsDepth)
+{
+  ReportCapture reports;
+  WorldScene scene;
+  WorldGroupNode top(&scene, "top");
+  WorldRainNode rain(&scene, "shower");
+  scene.AddNode(&top);
+  scene.AddNode(&rain, &top);
+  rain.SetVisible(false);
+  scene.DbgPrint("now");
+  std::string text;
+  for (const auto& entry : reports.Entries())
+    text += entry.text;
+  EXPECT_EQ("WorldScene (now)\n-------------------------\n- top (group) (visible 1)\n"
+            "| - shower (rain) (visible 0)\n",
+            text);
 }
 
 TEST(Tree, LosesNodesInAnyOrder)
@@ -85,6 +173,41 @@ TEST(Tree, ReportsMisuse)
        {"WorldNode ctor with _name=0", "WorldNode:SetNoofProperties() already set before",
         "WorldNode:DefineProperty(); n (1) out of range 0..0", "WorldVarNode: param 'speed' not found in scene"})
     EXPECT_EQ(1, reports.Count(text)) << text;
+}
+
+TEST(Scene, ShowsItselfOnce)
+{
+  ReportCapture reports;
+  QSystemNode root("app");
+  WorldScene scene;
+  EXPECT_TRUE(scene.ExposeSystem(root));
+  EXPECT_EQ(scene.GetSystem(), root.FindChild("scenegraph"));
+  EXPECT_FALSE(scene.ExposeSystem(root));
+  EXPECT_TRUE(reports.Contains("ExposeSystem duplicate call"));
+  float eye = 0.06f;
+  scene.GetSystem()->Publish("eye_distance", "m", eye);
+  *scene.GetSystem()->Find("eye_distance") = 0.07f;
+  EXPECT_EQ(0.07f, eye);
+  EXPECT_EQ(nullptr, scene.GetSystem()->Find("eye"));
+}
+
+TEST(Scene, HoldsSoManyLightsOfAFrame)
+{
+  ReportCapture reports;
+  SmallScene small;
+  WorldLightNode light(&small.scene, "light"), hidden(&small.scene, "hidden");
+  small.scene.AddNode(&light);
+  small.scene.AddNode(&hidden);
+  hidden.SetVisible(false);
+  small.Frame();
+  small.Frame(); // each frame starts anew
+  ASSERT_EQ(1u, small.scene.GetRenderLights().size());
+  EXPECT_EQ(&light, small.scene.GetRenderLights()[0].node);
+  for (int i = 1; i < 500; ++i)
+    small.scene.ReserveRenderLight();
+  EXPECT_EQ(0, reports.Count("out of render lights"));
+  EXPECT_EQ(&small.scene.GetRenderLights()[499], small.scene.ReserveRenderLight());
+  EXPECT_TRUE(reports.Contains("WorldScene:ReserveRenderLight(); out of render lights (max=500)"));
 }
 
 TEST(SceneVariables, KeepTheirType)

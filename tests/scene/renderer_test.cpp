@@ -175,9 +175,12 @@ TEST(Frame, ReportsWhatItLacks)
   scene.SetFrameport(0, nullptr, {});
   scene.SetFrameport(1, &noCamera, {});
   scene.Paint();
-  for (const char* text : {"no frameports defined", "frameport 0 has no director",
-                           "frameport 1's director has no cam selected", "WorldRenderer:RenderBlocks(); no pipe yet"})
-    EXPECT_EQ(1, reports.Count(text)) << text;
+  EXPECT_EQ(1, reports.Count("WorldRenderer:RenderBlocks(); no pipe yet"));
+  for (const std::string function : {"UpdateCameraManager", "RenderCameraManager"})
+    for (const std::string& text : {"WorldScene::" + function + "(); no frameports defined",
+                                    "WorldScene:" + function + ": frameport 0 has no director",
+                                    "WorldScene:" + function + ": frameport 1's director has no cam selected"})
+      EXPECT_EQ(1, reports.Count(text)) << text;
 }
 
 TEST(RendererSettings, BecomeFlags)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "foundation/qobject.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A place in the tree of values that the parts of the program show to each other by name.
+class QSystemNode : public QObject
+{
+public:
+  explicit QSystemNode(const char* name) { SetName(name); }
+  const char* GetClassName() const override { return "QSystemNode"; }
+
+  QSystemNode* AddChild(const char* name);             // owned here
+  QSystemNode* FindChild(std::string_view name) const; // null when absent
+  // The value is visited: it must outlive the node. Unit is for a reader's eyes: "m".
+  void Publish(std::string_view name, std::string_view unit, float& value);
+  float* Find(std::string_view name) const; // null when absent
+  int GetNoofValues() const { return static_cast<int>(values.size()); }
+
+private:
+  struct Value
+  {
+    std::string name;
+    std::string unit;
+    float* value;
+  };
+  std::vector<std::unique_ptr<QSystemNode>> children;
+  std::vector<Value> values;
+};
