@@ -52,6 +52,7 @@ void qdbg_setup(QInfo& info, const QDbgServices& services)
   IsStrict() = info.GetInt("dev.strict") != 0;
   if ((IsStrict() || info.GetInt("dev.log_last") != 0) && !QLogOpenLast())
     QWARN("qdbg_setup: can't write %s", QLogLastPath().c_str());
+  QReports().debugLevel = info.GetInt("dev.debug_level");
   if (info.GetInt("dev.opengl_checks") != 0) {
     QDebugOptions() |= QDEBUG_OPENGL;
     QWARN("dev.opengl_checks is 1; may slow the program down - only use when tracking down a bug");

@@ -70,6 +70,7 @@ struct QReportSettings
   unsigned mask = 0x0E;        // classes that reach the log file: 1 info, 2 errors, 4 warnings, 8 notes
   std::string logDirectory;    // where QLOG.txt is kept; empty: no log file (tests, tools)
   std::string applicationName; // "-" stands in the log while this is empty
+  int debugLevel = 0;          // how much is told of the inside; from 4 on each block that is painted
   bool quiet = false;          // the console gets warnings and worse only
   int exitStatus = 0;          // of qexit
   bool fatalExits = false;     // qfatal leaves with exitStatus instead of a fault (command-line tool)

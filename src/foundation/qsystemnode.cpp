@@ -15,7 +15,12 @@ QSystemNode* QSystemNode::FindChild(std::string_view name) const
 
 void QSystemNode::Publish(std::string_view name, std::string_view unit, float& value)
 {
-  values.push_back({std::string(name), std::string(unit), &value});
+  values.push_back({std::string(name), std::string(unit), &value, nullptr});
+}
+
+void QSystemNode::Publish(std::string_view name, std::string_view unit, int& value)
+{
+  values.push_back({std::string(name), std::string(unit), nullptr, &value});
 }
 
 float* QSystemNode::Find(std::string_view name) const
@@ -23,5 +28,13 @@ float* QSystemNode::Find(std::string_view name) const
   for (const Value& published : values)
     if (published.name == name)
       return published.value;
+  return nullptr;
+}
+
+int* QSystemNode::FindInt(std::string_view name) const
+{
+  for (const Value& published : values)
+    if (published.name == name)
+      return published.number;
   return nullptr;
 }

@@ -18,7 +18,10 @@ public:
   QSystemNode* FindChild(std::string_view name) const; // null when absent
   // The value is visited: it must outlive the node. Unit is for a reader's eyes: "m".
   void Publish(std::string_view name, std::string_view unit, float& value);
-  float* Find(std::string_view name) const; // null when absent
+  void Publish(std::string_view name, std::string_view unit, int& value);
+  // Null when absent or of the other kind.
+  float* Find(std::string_view name) const;
+  int* FindInt(std::string_view name) const;
   int GetNoofValues() const { return static_cast<int>(values.size()); }
 
 private:
@@ -27,6 +30,7 @@ private:
     std::string name;
     std::string unit;
     float* value;
+    int* number;
   };
   std::vector<std::unique_ptr<QSystemNode>> children;
   std::vector<Value> values;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/qpath.h"
+#include "geometry/dprogramcompiler.h"
 #include "geometry/dtexturepool.h"
 
 #include <cstdint>
@@ -21,6 +22,7 @@ struct DGlobal
   std::vector<std::string> strings; // shared by track loads; nothing reads it yet
   // Set by the window layer while a context is current. No OpenGL call is made without it.
   bool hasContext = false;
+  bool softwareRenderer = false; // the context draws without graphics hardware
 
   // Textures.
   DTexturePool texturePool;
@@ -44,9 +46,11 @@ struct DGlobal
   bool shadersOn = true;
   bool programsOn = false;
   bool requirePrograms = false;
+  DProgramCompiler programCompiler; // empty: no program can be compiled
   bool verbose = false;
   int skinNumber = 0;
   int shaderSortBase = 0;
+  QPath programPath;                // directories in which program files are looked for
   std::string shaderPrefix;         // in front of a model's path when its materials look for shaders
   DWorld* world = nullptr;          // whose shaders materials are linked to; not owned
   DShader* defaultShader = nullptr; // what a material without a shader gets; null: none

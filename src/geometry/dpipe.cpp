@@ -59,7 +59,7 @@ void DPipe::Invalidate()
     u.env = UNKNOWN;
     u.coordArray = UNKNOWN;
   }
-  blendFunc = depthFunc = depthMask = alphaFunc = cullFace = polygonOffset = matrixMode = UNKNOWN;
+  blendFunc = depthFunc = depthMask = alphaFunc = cullFace = polygonOffset = matrixMode = program = UNKNOWN;
   arrayBuffer = indexBuffer = activeUnit = clientUnit = UNKNOWN;
   unit = 0;
   changes = 0;
@@ -145,6 +145,12 @@ void DPipe::MatrixMode(uint32_t mode)
 {
   if (Change(matrixMode, mode))
     glMatrixMode(mode);
+}
+
+void DPipe::UseProgram(uint32_t name)
+{
+  if (Change(program, name))
+    glUseProgram(name);
 }
 
 void DPipe::BindArrayBuffer(uint32_t name)

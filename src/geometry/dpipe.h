@@ -33,6 +33,7 @@ public:
   void CullFace(uint32_t face);
   void PolygonOffset(float factor, float units);
   void MatrixMode(uint32_t mode);
+  void UseProgram(uint32_t name); // 0: the fixed pipeline
   void BindArrayBuffer(uint32_t name);
   void BindIndexBuffer(uint32_t name);
   void EnableArray(Array a);
@@ -76,8 +77,8 @@ private:
   std::array<int8_t, CAPS> caps;
   std::array<int8_t, ARRAY_COUNT> arrays;
   std::array<TextureUnit, MAX_UNITS> units;
-  int64_t blendFunc, depthFunc, depthMask, alphaFunc, cullFace, polygonOffset, matrixMode, arrayBuffer, indexBuffer,
-      activeUnit, clientUnit;
+  int64_t blendFunc, depthFunc, depthMask, alphaFunc, cullFace, polygonOffset, matrixMode, program, arrayBuffer,
+      indexBuffer, activeUnit, clientUnit;
   int unit = 0;
   int changes = 0;
 };

@@ -7,6 +7,12 @@
 
 #include <epoxy/gl.h>
 
+bool DShader::IsStandard() const
+{
+  const std::string_view file = fragmentFile;
+  return file.substr(file.find_last_of('/') + 1) == "standard_f.cg";
+}
+
 void DShader::Reset()
 {
   std::string kept = std::move(name);

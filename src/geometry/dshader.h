@@ -93,15 +93,24 @@ public:
   std::string geometryFile;
   std::string vertexProjFile;
   std::string fragmentProjFile;
+  int vertexProgram = 0; // references into the table of programs; 0: none
+  int fragmentProgram = 0;
+  int geometryProgram = 0;
+  int vertexProjProgram = 0;
+  int fragmentProjProgram = 0;
   float scale = 1.0f;
   int materialId = 0; // of the physics
 
   int LayerCount() const { return static_cast<int>(layer.size()); }
+  // Its fragment program is the one that shows a layer's picture, a layer a draw.
+  bool IsStandard() const;
   bool NeedsTangents() const { return shaderFlags & TANGENTS; }
   bool IsSky() const { return shaderFlags & SKY; }
   // The first layer blends.
   bool IsBlending() const { return !layer.empty() && (layer.front().flags & DShaderLayer::BLENDING) != 0; }
   void Reset(); // all as new but the name
+  // Compiles the program files, when programs are on. One that can't be is reported, and its reference stays 0.
+  void LoadPrograms();
   // As text of a shader file; without the opening and closing lines for bodyOnly, which is bit 0 of Write's flags.
   std::string Text(bool bodyOnly = false) const;
   [[nodiscard]] bool Write(QFile& file, int flags = 0) const;

@@ -234,7 +234,7 @@ void ReadBlending(const Keys& keys, const DShader& shader, const DShaderLayer* b
   if (!keys.Has("blendfunc")) {
     if (!before)
       return;
-    if (DGlobals().programsOn && !shader.vertexFile.empty() && !shader.fragmentFile.empty()) {
+    if (shader.vertexProgram && shader.fragmentProgram) {
       SetFlag(layer.flags, DShaderLayer::BLENDING, before->flags & DShaderLayer::BLENDING);
       layer.blendSrc = before->blendSrc;
       layer.blendDst = before->blendDst;
@@ -352,8 +352,9 @@ int SortKey(const DShader& shader)
 
 void CheckPrograms(const DShader& shader)
 {
-  const bool vertex = shader.vertexFile.empty();
-  const bool fragment = shader.fragmentFile.empty();
+  const bool on = DGlobals().programsOn;
+  const bool vertex = on ? shader.vertexProgram == 0 : shader.vertexFile.empty();
+  const bool fragment = on ? shader.fragmentProgram == 0 : shader.fragmentFile.empty();
   if (DGlobals().requirePrograms && (vertex || fragment))
     QWARN("Shader '%s' doesn't have a %s shader", shader.name.c_str(),
           vertex && fragment ? "vertex and fragment"
@@ -375,6 +376,7 @@ bool DShaderLoader::Parse(const QInfo& info, const std::string& treeName, DShade
   shader.sortKey = 300;
   const Keys keys(info, treeName);
   ReadShaderKeys(keys, shader);
+  shader.LoadPrograms();
   const DShaderLayer defaults = LayerDefaults(keys);
   const bool compress = keys.Bool("compression", true);
   int trees = 0;

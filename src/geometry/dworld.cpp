@@ -185,5 +185,6 @@ bool DWorld::CreateDefaultShader()
   layer.texture = std::make_shared<DBitMapTexture>(d3MakeStubImage(0));
   layer.texEnv = 0x2100; // GL_MODULATE
   defaultShader->sortKey = 300;
+  defaultShader->LoadPrograms();
   return true;
 }

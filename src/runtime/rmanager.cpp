@@ -4,17 +4,15 @@
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "geometry/dgpushadermanager.h"
 #include "geometry/dpipe.h"
 #include "runtime/rscene.h"
 #include "runtime/rtrackbase.h"
 #include "scene/worldrenderer.h"
 #include "scene/worldscene.h"
 
-#include <epoxy/gl.h>
-
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 
 namespace {
@@ -24,12 +22,6 @@ RManager* theManager = nullptr;
 constexpr const char* ENGLISH = "data/locale/torvik_english.txt";
 
 // Mesa's drawing on the CPU. A frame that takes it 40 ms takes 8 s with anisotropic filtering.
-bool IsSoftwareRenderer()
-{
-  const char* name = DGlobals().hasContext ? reinterpret_cast<const char*>(glGetString(GL_RENDERER)) : nullptr;
-  return name && (std::strstr(name, "llvmpipe") || std::strstr(name, "softpipe"));
-}
-
 } // namespace
 
 RManager* RMGR()
@@ -174,7 +166,7 @@ void RManager::LoadConsole()
 
 void RManager::CreateWorld()
 {
-  DGlobals().maxAnisotropy = IsSoftwareRenderer() ? 1 : filter.maxAnisotropy;
+  DGlobals().maxAnisotropy = DGlobals().softwareRenderer ? 1 : filter.maxAnisotropy;
   world = std::make_unique<WorldScene>();
   WorldRenderer* renderer = world->GetRenderer();
   renderer->SetFullscreenShaderPath(fullscreenShaderPath);
@@ -184,8 +176,37 @@ void RManager::CreateWorld()
     qinfo("Renderer has camera_at_origin=1, turning off silently for Pavex");
     renderer->SetCameraAtOrigin(false);
   }
+  AddCompilerOptions();
   renderer->SetPipe(&DThePipe());
   scene = std::make_unique<RScene>(*world);
+}
+
+// For the programs that are compiled from now on.
+void RManager::AddCompilerOptions()
+{
+  DGPUShaderManager& programs = DTheGPUShaders();
+  const QInfo& info = GetInfo();
+  const WorldRenderer& renderer = *world->GetRenderer();
+  const bool workarounds = renderer.GetFlags() & WorldRenderer::WORKAROUNDS;
+  const auto add = [&programs](bool wanted, const char* option) {
+    if (wanted)
+      programs.AddCompilerOption(option);
+  };
+  add(mode == EDITOR, "-DIS_PAVEX");
+  add(world->shadowMapping != 0, "-DCSM");
+  add(workarounds, "-DATI");
+  add(info.GetBool("renderer.shadowmapping.blur", false), "-DCSM_BLUR");
+  add(info.GetBool("dev.fast_cg_shaders", false), "-DFAST");
+  add(renderer.GetSurroundMethod() == 1, "-DSURROUND_METHOD_SPLIT");
+  add(info.GetBool("damage.texture_damage.vertex_damage", false), "-DTEXDMG_CHANGE_VERTS");
+  const bool mipmaps = info.GetBool("envmap.generate_mipmaps", true);
+  if (mipmaps && workarounds)
+    QERR("envmap.generate_mipmaps is 1 but ATI drivers don't support texCUBElod for mipmapped envmaps in Cg");
+  else if (mipmaps)
+    flags |= CUBEMAP_MIPMAPS;
+  add(mipmaps && !workarounds, "-DUSE_CUBEMAP_MIPMAPS");
+  for (const char* option : {"-O3", "-nofastmath", "-bestprecision"})
+    add(true, option);
 }
 
 void RManager::LoadSwitches()
@@ -246,9 +267,19 @@ int RManager::GetMonitors() const
 
 void RManager::SetShaderPaths(const std::string& directory)
 {
-  shaderPaths.Clear();
-  shaderPaths.Add(directory);
-  shaderPaths.Add(gpuShaderPath);
+  ResetShaderPaths();
+  DGlobals().programPath.Add(directory);
+  DGlobals().programPath.Add(gpuShaderPath);
+}
+
+void RManager::ResetShaderPaths()
+{
+  DGlobals().programPath.Clear();
+}
+
+const QPath& RManager::GetShaderPaths() const
+{
+  return DGlobals().programPath;
 }
 
 void RManager::CheckProblems()

@@ -56,7 +56,8 @@ public:
   enum Flag : uint32_t
   {
     HOOK_INCAR_AUDIO = 0x400,
-    MINIMAP = 0x8000
+    MINIMAP = 0x8000,
+    CUBEMAP_MIPMAPS = 0x100000 // environment maps get smaller levels for rough surfaces
   };
   // Debug drawing, each by the key of that name below "gfx".
   enum Show : uint32_t
@@ -95,8 +96,8 @@ public:
   int GetMonitors() const;
   // Where shader files are looked for: the directory, then the program's own.
   void SetShaderPaths(const std::string& directory);
-  void ResetShaderPaths() { shaderPaths.Clear(); }
-  const QPath& GetShaderPaths() const { return shaderPaths; }
+  void ResetShaderPaths();
+  const QPath& GetShaderPaths() const;
   // With dev.log_last or dev.strict set and problems logged: shows them and ends the program.
   void CheckProblems();
   void SetCheckProblems(std::function<void()> hook) { checkProblems = std::move(hook); }
@@ -126,6 +127,7 @@ private:
   void LoadLanguage();
   void LoadConsole();
   void CreateWorld();
+  void AddCompilerOptions();
   void LoadSwitches();
   void CheckShadowSettings();
   void CheckEnvironmentMap() const;
@@ -139,7 +141,6 @@ private:
   std::unique_ptr<RTrackBase> track; // goes first: its nodes hang in the world
   QLanguage language;
   std::unique_ptr<QLanguage> languageFallback; // null: the selected one is English
-  QPath shaderPaths;
   std::function<void()> checkProblems;
 };
 // Null while there is none.

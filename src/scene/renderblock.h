@@ -19,6 +19,12 @@ struct RenderBlock
   float screenSize; // radius over distance
 };
 
+struct RenderLine
+{
+  DVector3 from, to;
+  DVector3 color;
+};
+
 // Counted anew each frame, but for the frames themselves.
 struct RenderStats
 {

@@ -58,6 +58,7 @@ void RenderPainter::Begin(DPipe& statePipe, const RenderView& frameView)
   gl = DGlobals().hasContext;
   pipe->Invalidate(); // panels and overlay drew since the last frame
   units.Begin(*pipe);
+  programs.Begin(*pipe, view);
   if (!gl)
     return;
   glViewport(view.viewport.x, view.viewport.y, view.viewport.wid, view.viewport.hgt);
@@ -83,7 +84,6 @@ void RenderPainter::SetProjection(bool sky)
 void RenderPainter::SetupLights()
 {
   const DVector4 direction(DNormalized(view.sun.position), 0.0f);
-  const DVector4 ambient(view.sun.ambient, 1.0f);
   const DVector4 diffuse(view.sun.diffuse, 1.0f);
   const DVector4 none(0.0f, 0.0f, 0.0f, 1.0f);
   pipe->Enable(GL_LIGHT0);
@@ -91,8 +91,7 @@ void RenderPainter::SetupLights()
   glLightModeli(GL_LIGHT_MODEL_LOCAL_VIEWER, GL_FALSE);
   glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
   glLightfv(GL_LIGHT0, GL_POSITION, glm::value_ptr(direction));
-  glLightfv(GL_LIGHT0, GL_AMBIENT, glm::value_ptr(ambient));
-  glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(diffuse));
+  SetSun(nullptr);
   glLightfv(GL_LIGHT0, GL_SPECULAR, glm::value_ptr(diffuse));
   if (view.fog.density > 0) {
     const DVector4 color(view.fog.color, 1.0f);
@@ -102,19 +101,24 @@ void RenderPainter::SetupLights()
   }
 }
 
-void RenderPainter::LightByFlags(const DGeob& geob) const
+// The light of the sun; over a geob that shows its flags, in their colours.
+void RenderPainter::SetSun(const DGeob* coloring)
 {
-  const auto painted = [&geob](const DVector3& c) {
-    const bool collide = geob.userFlags & NODE_COLLIDE;
-    const bool surface = geob.userFlags & NODE_SURFACE;
+  const auto painted = [coloring](const DVector3& c) {
+    if (!coloring)
+      return c;
+    const bool collide = coloring->userFlags & NODE_COLLIDE;
+    const bool surface = coloring->userFlags & NODE_SURFACE;
     if (!collide && !surface)
-      return DVector4(DVector3(glm::length(c)), 1.0f);
-    return DVector4(collide ? c.r * 10 : 0.0f, surface ? c.g * 10 : 0.0f, 0.0f, 1.0f);
+      return DVector3(glm::length(c));
+    return DVector3(collide ? c.r * 10 : 0.0f, surface ? c.g * 10 : 0.0f, 0.0f);
   };
+  ambient = painted(view.sun.ambient);
+  sun = painted(view.sun.diffuse);
   if (!gl)
     return;
-  glLightfv(GL_LIGHT0, GL_AMBIENT, glm::value_ptr(painted(view.sun.ambient)));
-  glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(painted(view.sun.diffuse)));
+  glLightfv(GL_LIGHT0, GL_AMBIENT, glm::value_ptr(DVector4(ambient, 1.0f)));
+  glLightfv(GL_LIGHT0, GL_DIFFUSE, glm::value_ptr(DVector4(sun, 1.0f)));
 }
 
 void RenderPainter::SetFlags(uint32_t rendererFlags, int layers, bool plain)
@@ -124,11 +128,13 @@ void RenderPainter::SetFlags(uint32_t rendererFlags, int layers, bool plain)
   plainPaint = plain;
 }
 
-// The later layers of a shader with a fragment program are what the program reads (normals, reflections): by
+// The later layers of a shader with a fragment program of its own are what that reads (normals, reflections): by
 // themselves they aren't pictures of the surface.
 int RenderPainter::LayersOf(const DShader* shader) const
 {
-  if (!shader || plainPaint || !shader->fragmentFile.empty())
+  if (!shader || plainPaint)
+    return 1;
+  if (!shader->fragmentFile.empty() && !shader->IsStandard() && !(DGlobals().programsOn && shader->fragmentProgram))
     return 1;
   return std::clamp(shader->LayerCount(), 1, std::max(maxLayers, 1));
 }
@@ -167,6 +173,11 @@ void RenderPainter::SetupLayer(const DShaderLayer& layer, bool first, bool sky)
   SetupMaterial(layer);
 }
 
+float RenderPainter::FogDensity(const DShader* shader, bool sky) const
+{
+  return sky || (shader && !(shader->shaderFlags & DShader::FOG)) ? 0.0f : view.fog.density;
+}
+
 void RenderPainter::SetupShader(const DShader* shader, const DGeob& geob)
 {
   ++counted.shaderChanges;
@@ -177,7 +188,7 @@ void RenderPainter::SetupShader(const DShader* shader, const DGeob& geob)
   pipe->Set(GL_CULL_FACE, culls);
   if (culls)
     pipe->CullFace(((shaderFlags & DShader::CULL_BACK) != 0) == swapped ? GL_FRONT : GL_BACK);
-  pipe->Set(GL_FOG, view.fog.density > 0 && !sky && (!shader || shaderFlags & DShader::FOG));
+  pipe->Set(GL_FOG, FogDensity(shader, sky) > 0);
   SetProjection(sky);
 }
 
@@ -252,14 +263,24 @@ void RenderPainter::PaintLayers(std::span<const RenderBlock> run)
   const bool sky = IsSky(shader, *run.front().geob);
   const DShaderLayer* layers = shader && shader->LayerCount() > 0 ? shader->layer.data() : &PlainLayer();
   const int count = LayersOf(shader);
+  const bool together = !(flags & WorldRenderer::SINGLE_PASS);
   for (int first = 0, group = 1; first < count; first += group) {
-    const bool together = !(flags & WorldRenderer::SINGLE_PASS);
-    group = together ? units.GroupOf(layers + first, count - first) : 1;
+    const int byProgram = plainPaint ? 0 : programs.Use(shader, layers + first, count - first);
+    group = byProgram ? byProgram : together ? units.GroupOf(layers + first, count - first) : 1;
     if (!SetupUnits(layers + first, group))
       continue;
     SetupLayer(layers[first], first == 0, sky);
+    if (byProgram) {
+      programs.SetShader(*shader, layers[first], FogDensity(shader, sky));
+      programs.SetMatrices(model, sky ? view.skyProjection : view.projection);
+    }
     for (const RenderBlock& block : run) {
-      SetupGeob(*block.geob, IsLit(*block.geob, block.shader, flags));
+      const bool lit = IsLit(*block.geob, block.shader, flags);
+      SetupGeob(*block.geob, lit);
+      if (byProgram) {
+        programs.SetLight(lit, ambient, sun);
+        programs.SetTangents(*block.geob);
+      }
       Draw(block);
     }
   }
@@ -272,14 +293,15 @@ void RenderPainter::PaintRun(std::span<const RenderBlock> run)
     for (const RenderBlock& block : run)
       block.geob->EnableVBO();
   const bool moved = head.matrix || view.atOrigin || head.geob->vertexBufferCentered;
+  model = moved ? BlockMatrix(head) : DMatrix4(1.0f);
   if (gl && moved) {
     pipe->MatrixMode(GL_MODELVIEW);
     glPushMatrix();
-    glMultMatrixf(glm::value_ptr(BlockMatrix(head)));
+    glMultMatrixf(glm::value_ptr(model));
   }
   pipe->Set(GL_NORMALIZE, head.matrix != nullptr);
   if (flags & WorldRenderer::COLOR_BY_FLAGS)
-    LightByFlags(*head.geob);
+    SetSun(head.geob);
   if (flags & WorldRenderer::PAINT_TRIANGLES) {
     SetupShader(head.shader, *head.geob);
     PaintLayers(run);
@@ -295,6 +317,7 @@ void RenderPainter::PaintRun(std::span<const RenderBlock> run)
 
 void RenderPainter::PaintWireframe(std::span<const RenderBlock> run)
 {
+  programs.Release();
   units.SetupNone();
   pipe->Disable(GL_BLEND);
   pipe->Disable(GL_ALPHA_TEST);
@@ -323,6 +346,7 @@ void RenderPainter::PaintNormals(const DGeob& geob)
 {
   if (!gl || geob.normal.size() < geob.vertex.size())
     return;
+  programs.Release();
   units.SetupNone();
   for (const uint32_t cap : {GL_LIGHTING, GL_BLEND, GL_ALPHA_TEST, GL_FOG})
     pipe->Disable(cap);
@@ -340,9 +364,28 @@ void RenderPainter::PaintNormals(const DGeob& geob)
   glEnd();
 }
 
+void RenderPainter::PaintLines(std::span<const RenderLine> lines, const DShader& shader)
+{
+  const DShaderLayer& layer = PlainLayer();
+  units.SetupNone();
+  programs.Use(&shader, &layer, 1);
+  programs.SetMatrices(DMatrix4(1.0f), view.projection);
+  if (gl) {
+    glBegin(GL_LINES);
+    for (const RenderLine& line : lines) {
+      glColor3fv(glm::value_ptr(line.color));
+      glVertex3fv(glm::value_ptr(line.from));
+      glVertex3fv(glm::value_ptr(line.to));
+    }
+    glEnd();
+  }
+  programs.Release();
+}
+
 void RenderPainter::End()
 {
   SetProjection(false);
+  programs.Release();
   for (const DPipe::Array array : {DPipe::VERTEX_ARRAY, DPipe::NORMAL_ARRAY, DPipe::COLOR_ARRAY})
     pipe->DisableArray(array);
   units.End();

@@ -4,6 +4,7 @@
 #include "geometry/dvector.h"
 #include "scene/renderblock.h"
 #include "scene/renderlayers.h"
+#include "scene/renderprograms.h"
 #include "scene/worldlight.h"
 
 #include <cstdint>
@@ -26,7 +27,8 @@ struct RenderView
   glm::dvec3 origin{0.0};
   QRect viewport; // y from the bottom
   WorldSun sun;
-  WorldFog fog; // density 0: none
+  WorldFog fog;      // density 0: none
+  float seconds = 0; // since the renderer was made
 };
 
 // The one place where the scene calls OpenGL: paints runs of blocks with the fixed pipeline. Without a context it
@@ -40,17 +42,20 @@ public:
   // Blocks of one shader. More than one only when none has a matrix and none is coloured by its flags.
   void PaintRun(std::span<const RenderBlock> run);
   void End();
+  // In world space, by the shader's programs alone.
+  void PaintLines(std::span<const RenderLine> lines, const DShader& shader);
   void ResetState();
   // What was painted since the last call.
   void AddTo(RenderStats& stats);
 
 private:
   void SetupLights();
-  void LightByFlags(const DGeob& geob) const;
+  void SetSun(const DGeob* coloring);
   DMatrix4 BlockMatrix(const RenderBlock& block) const;
   void SetupShader(const DShader* shader, const DGeob& geob);
   void PaintLayers(std::span<const RenderBlock> run);
   bool SetupUnits(const DShaderLayer* layers, int count);
+  float FogDensity(const DShader* shader, bool sky) const;
   void SetupLayer(const DShaderLayer& layer, bool first, bool sky);
   void SetupMaterial(const DShaderLayer& layer) const;
   void SetProjection(bool sky);
@@ -68,6 +73,9 @@ private:
   int maxLayers = 100;
   bool plainPaint = false; // no pictures, one layer
   bool skyProjectionSet = false;
+  DVector3 ambient{0.0f}, sun{0.0f}; // the light as it is set
+  DMatrix4 model{1.0f};              // of the run
   RenderLayers units;
+  RenderPrograms programs;
   RenderStats counted;
 };

@@ -34,6 +34,8 @@ struct Terms
       return;
     sortKey = shader->sortKey;
     sortOffset = shader->sortOffset;
+    fragmentProgram = shader->fragmentProgram;
+    vertexProgram = shader->vertexProgram;
     if (shader->layer.empty())
       return;
     const DShaderLayer& layer = shader->layer.front();
@@ -42,6 +44,8 @@ struct Terms
   }
   int sortKey = 300;
   int sortOffset = 0;
+  int fragmentProgram = 0;
+  int vertexProgram = 0;
   bool opaque;
   uint32_t layerFlags = DShaderLayer::DEPTH_WRITE;
   uint32_t texture = 0; // OpenGL's number: 0 too for one that wasn't selected yet
@@ -68,11 +72,14 @@ int CompareShaders(const DShader* first, const DShader* second)
     return c;
   if (const int c = First(a.layerFlags & DShaderLayer::NO_DEPTH_TEST, b.layerFlags & DShaderLayer::NO_DEPTH_TEST))
     return c;
-  if (!a.opaque)
-    return 0;
-  if (const int c = First(a.layerFlags & DShaderLayer::DEPTH_WRITE, b.layerFlags & DShaderLayer::DEPTH_WRITE))
+  if (const int c = First(a.layerFlags & DShaderLayer::DEPTH_WRITE, b.layerFlags & DShaderLayer::DEPTH_WRITE);
+      c && a.opaque)
     return c;
-  return Ascending(a.texture, b.texture);
+  if (const int c = Ascending(a.fragmentProgram, b.fragmentProgram))
+    return c;
+  if (const int c = Ascending(a.vertexProgram, b.vertexProgram))
+    return c;
+  return a.opaque ? Ascending(a.texture, b.texture) : 0;
 }
 
 RenderSorter::ShaderRank& RenderSorter::SlotOf(const DShader* shader)

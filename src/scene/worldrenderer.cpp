@@ -8,6 +8,7 @@
 #include "scene/worldscene.h"
 #include "scene/worldstate.h"
 
+#include <chrono>
 #include <cmath>
 
 WorldRenderer::WorldRenderer(WorldScene& painted) : scene(painted), painter(std::make_unique<RenderPainter>())
@@ -70,11 +71,14 @@ void WorldRenderer::RenderFrame(DCamera& camera, const QRect& viewport)
                            .origin = glm::dvec3(camera.GetEye()),
                            .viewport = viewport,
                            .sun = scene.sun,
-                           .fog = flags & NO_FOG ? WorldFog{{}, 0} : scene.fog});
+                           .fog = flags & NO_FOG ? WorldFog{{}, 0} : scene.fog,
+                           .seconds = std::chrono::duration<float>(std::chrono::steady_clock::now() - start).count()});
     pass = PASS_NORMAL;
   }
   RenderBlocks(scene.GetRenderBlocks());
   ResetState();
+  if (!debugLines.empty())
+    RenderVisualDebugObjects();
   scene.RunPostFrameNodes();
   if (stats)
     ++stats->frames;
@@ -111,8 +115,15 @@ size_t WorldRenderer::PaintRun(std::span<const RenderBlock> list)
   const RenderBlock& first = list.front();
   const bool alone = first.matrix || flags & (COLOR_BY_FLAGS | CAMERA_AT_ORIGIN);
   size_t count = 1;
-  while (!alone && count < list.size() && list[count].shader == first.shader && !list[count].matrix)
+  const bool tells = QReports().debugLevel >= 4;
+  const char* shader = first.shader ? first.shader->name.c_str() : "<none>";
+  if (tells)
+    QDBG("block %s, shader %s", "DGeob", shader);
+  while (!alone && count < list.size() && list[count].shader == first.shader && !list[count].matrix) {
+    if (tells)
+      QDBG("sameShader for next block (%d) [%s]\n", static_cast<int>(count), shader);
     ++count;
+  }
   painter->PaintRun(list.first(count));
   return count;
 }
@@ -121,4 +132,18 @@ void WorldRenderer::ResetState()
 {
   if (pipe)
     painter->ResetState();
+}
+
+void WorldRenderer::AddVisualDebugLine(const DVector3& from, const DVector3& to, const DVector3& color)
+{
+  debugLines.push_back({from, to, color});
+}
+
+void WorldRenderer::RenderVisualDebugObjects()
+{
+  if (!visualDebug || !visualDebug->vertexProgram || !visualDebug->fragmentProgram)
+    QWARN("Shader for visual debug objects not initialized");
+  else if (pipe)
+    painter->PaintLines(debugLines, *visualDebug);
+  debugLines.clear();
 }

@@ -6,17 +6,21 @@
 #include "scene/renderblock.h"
 #include "scene/rendersort.h"
 
+#include <array>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class DCamera;
 class DGeob;
 class DPipe;
 class DShader;
 class QInfo;
+class QSystemNode;
 class RenderPainter;
 class WorldScene;
 
@@ -62,6 +66,9 @@ public:
   void LoadSettings(const QInfo& info, std::string_view key);
   // The state cache that painting goes through. With a context, what it lacks is reported and worked around.
   void SetPipe(DPipe* statePipe);
+  // Makes the node "renderer" below the parent, which must outlive the renderer's use. False the second time
+  // (reported).
+  bool ExposeSystem(QSystemNode& parent);
   void CreateStats();
   // Null before CreateStats.
   RenderStats* GetStats() { return stats.get(); }
@@ -86,7 +93,9 @@ public:
   void RenderBlocks(std::span<const RenderBlock> list);
   // A plain state for the code that follows.
   void ResetState();
-  // Debug shapes need programs; without them this is reported.
+  // A line that is painted over the next frame.
+  void AddVisualDebugLine(const DVector3& from, const DVector3& to, const DVector3& color);
+  // Paints what was added since the last frame. That needs programs; without them this is reported.
   void RenderVisualDebugObjects();
 
   // Of the last frame, for picking; computed with or without a context.
@@ -100,13 +109,16 @@ public:
   float eyeDistance = 0.06f, focusDistance = 150.0f, stereoDepth = 1.0f; // metres
   int stereoMode = 0;
   float surroundAngleFactor = 1.0f;
+  int currentEye = 0;
   int concurrentLights = 7;
+  std::array<float, 10> genericSignal{}; // for trying things out in programs and tools
   int bloomWidth = 512, bloomHeight = 512;
 
 private:
   void SetFlag(uint32_t mask, bool on) { flags = on ? flags | mask : flags & ~mask; }
   void LoadViewSettings(const QInfo& info, const std::string& key);
   void LoadPaintSettings(const QInfo& info, const std::string& key);
+  void LoadProgramSettings(const QInfo& info, const std::string& key);
   void Gather(DCamera& camera);
   void Sort();
   bool IsPainted(const RenderBlock& block, bool isFirst) const;
@@ -120,10 +132,15 @@ private:
   DFrustum frustum;
   DMatrix4 modelView{1.0f};
   DMatrix4 projection{1.0f};
+  std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
   uint32_t flags = 690;
   int pass = PASS_NORMAL;
   int surroundMethod = 0;
   int monitors = 1;
   std::string fullscreenShaderPath = "data/renderer/fullscreen_shaders";
   std::string shaderPath;
+  int emptyVertexProgram = 0, emptyFragmentProgram = 0, emptyNoTexFragmentProgram = 0; // 0: none
+  std::unique_ptr<DShader> visualDebug;
+  std::vector<RenderLine> debugLines;
+  QSystemNode* system = nullptr;
 };

@@ -1,6 +1,9 @@
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "foundation/qsystemnode.h"
 #include "geometry/dglobal.h"
+#include "geometry/dgpushadermanager.h"
+#include "geometry/dshader.h"
 #include "scene/dcamera.h"
 #include "scene/worldrenderer.h"
 
@@ -15,6 +18,7 @@ void WorldRenderer::LoadSettings(const QInfo& info, std::string_view key)
   LoadViewSettings(info, base);
   LoadPaintSettings(info, base);
   SetFlag(ALWAYS_ON, true);
+  LoadProgramSettings(info, base);
   const char* vendor = DGlobals().hasContext ? reinterpret_cast<const char*>(glGetString(GL_VENDOR)) : nullptr;
   if (vendor && std::strstr(vendor, "ATI")) {
     qinfo("WorldRenderer: you have an ATI graphics card (%s). Working around some long-term bugs.", vendor);
@@ -65,11 +69,55 @@ void WorldRenderer::LoadPaintSettings(const QInfo& info, const std::string& key)
     QWARN("%s is 1, but stencil shadows are not supported anymore.", name.c_str());
   SetFlag(SIMPLE_STENCIL, info.GetInt(key + ".stencil_shadows.simple") != 0);
   SetFlag(BLOOM, info.GetBool(key + ".bloom.enable", false));
+  if (flags & BLOOM && DGlobals().hasContext) {
+    QWARN("BloomSetup; FBO can't be created; turning off bloom");
+    SetFlag(BLOOM, false);
+  }
   bloomWidth = info.GetInt(key + ".bloom.width", 512);
   bloomHeight = info.GetInt(key + ".bloom.height", 512);
   if (const std::string name = key + ".depth_of_field"; info.GetBool(name, false))
     QERR("%s=1, but this is not yet supported", name.c_str());
   SetFlag(WORKAROUNDS, info.GetBool(key + ".ati", false));
+}
+
+// Programs cost a renderer without hardware more than they show.
+void WorldRenderer::LoadProgramSettings(const QInfo& info, const std::string& key)
+{
+  DGlobal& global = DGlobals();
+  const bool wanted = info.GetInt(key + ".gpu_programs", global.softwareRenderer ? 0 : 1) != 0;
+  global.programsOn = wanted && global.hasContext && global.programCompiler.compile;
+  global.requirePrograms = info.GetInt(key + ".require_programs") != 0;
+  visualDebug = std::make_unique<DShader>();
+  visualDebug->name = "VisualDebugObjects";
+  if (!global.programsOn)
+    return;
+  DGPUShaderManager& programs = DTheGPUShaders();
+  if (!programs.IsInitialized())
+    programs.Init();
+  emptyVertexProgram = programs.MakeObject(DProgramStage::VERTEX, shaderPath + "/empty_v.cg");
+  emptyFragmentProgram = programs.MakeObject(DProgramStage::FRAGMENT, shaderPath + "/empty_f.cg");
+  emptyNoTexFragmentProgram = programs.MakeObject(DProgramStage::FRAGMENT, shaderPath + "/empty_notex_f.cg");
+  visualDebug->vertexFile = shaderPath + "/visual_debug_objects_v.cg";
+  visualDebug->fragmentFile = shaderPath + "/visual_debug_objects_f.cg";
+  visualDebug->LoadPrograms();
+}
+
+bool WorldRenderer::ExposeSystem(QSystemNode& parent)
+{
+  if (system) {
+    QERR("ExposeSystem duplicate call");
+    return false;
+  }
+  system = parent.AddChild("renderer");
+  system->Publish("eye_distance", "m", eyeDistance);
+  system->Publish("focus_distance", "m", focusDistance);
+  system->Publish("stereo_depth", "m", stereoDepth);
+  system->Publish("surround_angle_factor", "x", surroundAngleFactor);
+  system->Publish("concurrent_lights", "1..7", concurrentLights);
+  system->Publish("current_eye", "0/1", currentEye);
+  for (size_t i = 0; i < genericSignal.size(); ++i)
+    system->Publish("generic_signal" + std::to_string(i), "", genericSignal[i]);
+  return true;
 }
 
 void WorldRenderer::SetPipe(DPipe* statePipe)
@@ -122,9 +170,4 @@ DMatrix4 WorldRenderer::GetSurroundMatrix(int index, const DCamera& camera, floa
     return DMatrix4(1.0f);
   const float degrees = static_cast<float>(index) * camera.GetFOV() * surroundAngleFactor * angleFactor;
   return glm::rotate(DMatrix4(1.0f), degrees / 57.29578f, DVector3(0, 1, 0));
-}
-
-void WorldRenderer::RenderVisualDebugObjects()
-{
-  QWARN("Shader for visual debug objects not initialized");
 }

@@ -215,7 +215,7 @@ bool WorldScene::ExposeSystem(QSystemNode& parent)
     return false;
   }
   system = parent.AddChild("scenegraph");
-  return true;
+  return renderer->ExposeSystem(*system);
 }
 
 void WorldScene::SetSize(int width, int height)

@@ -2,6 +2,7 @@
 #include "foundation/qinfo.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
+#include "geometry/dgpushadermanager.h"
 #include "geometry/dshader.h"
 #include "geometry/dshaderloader.h"
 #include "geometry/dtexture.h"
@@ -157,10 +158,23 @@ TEST_F(ShaderLoad, LaterLayersTakeOverFromTheOneBefore)
   EXPECT_EQ(DVector4(1, 0, 0, 1), s.layer[1].ambient);
   EXPECT_EQ(0.25f, s.layer[1].reflect);
 
-  DGlobals().programsOn = true;
-  s = Parsed(lines);
+  DGlobals().programsOn = DGlobals().requirePrograms = true;
+  DGlobals().programCompiler.compile = [](DProgramStage stage, const std::string& file, std::span<const std::string>) {
+    DCompiledProgram program;
+    program.code = file == "data/renderer/shaders/standard_f.cg" ? "" : "code";
+    if (stage == DProgramStage::VERTEX)
+      program.annotations = {{"adjacency", 1}};
+    return program;
+  };
+  s = Parsed("fragment_shader\n{\nfile=own_f.cg\n}\n" + lines);
   EXPECT_EQ(unsigned{GL_DST_COLOR}, s.layer[1].blendSrc);
   EXPECT_FALSE(reports.Contains("implicitly added"));
+  EXPECT_TRUE(s.shaderFlags & DShader::HAS_ADJACENCY);
+  EXPECT_FALSE(reports.Contains("doesn't have a"));
+  s = Parsed(lines); // its program can't be compiled
+  EXPECT_TRUE(reports.Contains("implicitly added"));
+  EXPECT_TRUE(reports.Contains("Shader 's' doesn't have a fragment shader"));
+  DTheGPUShaders().Clear();
   EXPECT_EQ(DVector4(0.5f, 0.5f, 0.5f, 1), Parsed("diffuse=0.5 0.5 0.5\n" + Layer(0, "")).layer[0].ambient);
 }
 

@@ -22,6 +22,7 @@ GlWindow::GlWindow(int w, int h) : wid(w), hgt(h)
   DGlobals().hasContext = context != nullptr;
   if (!context)
     return;
+  DGlobals().softwareRenderer = true;
   DGlobals().ddsOn = epoxy_has_gl_extension("GL_EXT_texture_compression_s3tc");
   DThePipe().Invalidate();
 }

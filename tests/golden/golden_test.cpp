@@ -2,8 +2,11 @@
 #include "foundation/qimage.h"
 #include "foundation/qinfo.h"
 #include "geometry/dglobal.h"
+#include "geometry/dgpushadermanager.h"
 #include "geometry/dpipe.h"
+#include "geometry/dworld.h"
 #include "golden/glwindow.h"
+#include "platform/qcgcompiler.h"
 #include "scene/ddirector.h"
 #include "scene/worldrenderer.h"
 #include "scene/worldscene.h"
@@ -50,13 +53,18 @@ const View VIEWS[] = {
 class Golden
 {
 public:
-  Golden() : window(WID, HGT), inside(root.Path())
+  explicit Golden(bool programs) : window(WID, HGT), inside(root.Path())
   {
     if (!window.IsOpen())
       return;
     EXPECT_EQ(0, DemoMain({"--root", root.Path()}));
+    std::filesystem::create_directory_symlink(PAVEX_SOURCE_DIR "/data/renderer", "data/renderer");
+    DGlobals().programCompiler = QCgCompiler({});
+    QInfo settings(PAVEX_SOURCE_DIR "/torvik.ini");
+    settings.SetInt("renderer.gpu_programs", programs);
     world = std::make_unique<WorldScene>();
-    world->LoadSettings(QInfo(PAVEX_SOURCE_DIR "/torvik.ini"), "renderer");
+    world->GetRenderer()->SetShaderPath(DWorld::SHADER_DIRECTORY);
+    world->LoadSettings(settings, "renderer");
     world->GetRenderer()->SetPipe(&DThePipe());
     world->GetRenderer()->CreateStats();
     rail.AddCamera(&camera);
@@ -70,6 +78,7 @@ public:
       if (node->name.starts_with("stand"))
         node->flags |= RTrackNode::HIDE_WHEN_DARK;
   }
+  ~Golden() { DTheGPUShaders().Clear(); }
   void Paint(const View& view)
   {
     WorldRenderer& renderer = *world->GetRenderer();
@@ -122,13 +131,8 @@ Difference Compare(const QBitMap& a, const QBitMap& b)
   return {sum / (3 * pixels), far / pixels};
 }
 
-} // namespace
-
-TEST(GoldenPictures, OfTheDemoCircuit)
+void ExpectPictures(Golden& golden)
 {
-  Golden golden;
-  if (!golden.window.IsOpen())
-    GTEST_SKIP() << "no software renderer";
   ASSERT_TRUE(golden.loaded);
   for (const View& view : VIEWS) {
     SCOPED_TRACE(view.name);
@@ -152,4 +156,27 @@ TEST(GoldenPictures, OfTheDemoCircuit)
     EXPECT_LT(difference.mean, 3.0);
     EXPECT_LT(difference.share, 0.03);
   }
+}
+
+} // namespace
+
+TEST(GoldenPictures, OfTheDemoCircuit)
+{
+  Golden golden(false);
+  if (!golden.window.IsOpen())
+    GTEST_SKIP() << "no software renderer";
+  ExpectPictures(golden);
+}
+
+// The standard programs draw what the fixed pipeline draws.
+TEST(GoldenPictures, ByPrograms)
+{
+  ReportCapture reports;
+  Golden golden(true);
+  if (!golden.window.IsOpen())
+    GTEST_SKIP() << "no software renderer";
+  ASSERT_TRUE(DGlobals().programsOn);
+  ExpectPictures(golden);
+  EXPECT_FALSE(reports.Contains("can't create")) << reports.All();
+  EXPECT_FALSE(reports.Contains("can't link")) << reports.All();
 }

@@ -5,6 +5,9 @@
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
+#include "geometry/dglobal.h"
+#include "platform/qcgcache.h"
+#include "platform/qcgcompiler.h"
 #include "platform/qcrashhandler.h"
 #include "platform/qopendocument.h"
 #include "platform/qsdldisplay.h"
@@ -58,6 +61,8 @@ int main()
   auto settings = std::make_unique<QInfo>(programDirectory.Str() + "/pavex.ini");
   qdbg_setup(*settings, {RunCommand, nullptr, nullptr});
   QSetCurrentDirectory("..");
+
+  DGlobals().programCompiler = QCgCompiler(QCgCache::UserDirectory());
 
   QApp application("pavex", "Pavex", std::make_unique<QSDLDisplay>());
   application.SetInfo(std::make_unique<QInfo>("torvik.ini", QInfo::NO_OPEN_WARNING));
