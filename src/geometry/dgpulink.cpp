@@ -1,6 +1,7 @@
 #include "geometry/dgpulink.h"
 
 #include "foundation/qreport.h"
+#include "geometry/dglobal.h"
 #include "geometry/dgpushader.h"
 
 #include <algorithm>
@@ -39,7 +40,8 @@ bool Link(GLuint program, std::span<const DGPUShader* const> stages)
 
 DGPULink::~DGPULink()
 {
-  glDeleteProgram(program);
+  if (DGlobals().hasContext)
+    glDeleteProgram(program);
 }
 
 std::unique_ptr<DGPULink> DGPULink::Create(std::span<const DGPUShader* const> stages)

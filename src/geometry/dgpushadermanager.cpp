@@ -127,6 +127,7 @@ void DGPUShaderManager::Clear()
 
 DGPUShaderManager& DTheGPUShaders()
 {
-  static DGPUShaderManager manager;
+  // Never destroyed: at the end of the process the context may be gone, and the driver takes all back anyway.
+  static DGPUShaderManager& manager = *new DGPUShaderManager;
   return manager;
 }
