@@ -2,6 +2,7 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "geometry/dpipenames.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,14 +10,6 @@
 #include <iterator>
 
 namespace {
-
-constexpr GLenum CAP_NAMES[] = {
-    GL_BLEND,        GL_DEPTH_TEST,          GL_CULL_FACE,      GL_ALPHA_TEST, GL_LIGHTING,
-    GL_FOG,          GL_POLYGON_OFFSET_FILL, GL_COLOR_MATERIAL, GL_NORMALIZE,  GL_SAMPLE_ALPHA_TO_COVERAGE,
-    GL_SCISSOR_TEST, GL_STENCIL_TEST,        GL_LINE_SMOOTH,    GL_LIGHT0};
-constexpr GLenum UNIT_CAP_NAMES[] = {GL_TEXTURE_2D,    GL_TEXTURE_3D,    GL_TEXTURE_CUBE_MAP, GL_TEXTURE_GEN_S,
-                                     GL_TEXTURE_GEN_T, GL_TEXTURE_GEN_R, GL_TEXTURE_GEN_Q};
-constexpr GLenum ARRAY_NAMES[] = {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY, GL_INDEX_ARRAY};
 
 int64_t Pair(uint32_t high, uint32_t low)
 {
@@ -31,7 +24,7 @@ bool HasContext()
 template <typename Names>
 int IndexOf(const Names& names, GLenum name)
 {
-  const auto at = std::find(std::begin(names), std::end(names), name);
+  const auto at = std::ranges::find(names, name, &DPipeName::name);
   return at == std::end(names) ? -1 : static_cast<int>(at - std::begin(names));
 }
 
@@ -45,7 +38,8 @@ DPipe& DThePipe()
 
 DPipe::DPipe()
 {
-  static_assert(std::size(CAP_NAMES) == CAPS && std::size(UNIT_CAP_NAMES) == UNIT_CAPS);
+  static_assert(std::size(PIPE_CAPS) == CAPS && std::size(PIPE_UNIT_CAPS) == UNIT_CAPS &&
+                std::size(PIPE_ARRAYS) == TANGENT_ARRAY);
   Invalidate();
 }
 
@@ -86,7 +80,7 @@ bool DPipe::Change(int8_t& known, bool wanted)
 
 void DPipe::SetCap(uint32_t cap, bool on, const char* report)
 {
-  const int i = IndexOf(CAP_NAMES, cap);
+  const int i = IndexOf(PIPE_CAPS, cap);
   if (i < 0) {
     QWARN("DPipe:%s(%d) unknown", report, static_cast<int>(cap));
     return;
@@ -167,8 +161,12 @@ void DPipe::BindIndexBuffer(uint32_t name)
 
 void DPipe::SetArray(Array a, bool on)
 {
-  if (Change(arrays[a], on))
-    on ? glEnableClientState(ARRAY_NAMES[a]) : glDisableClientState(ARRAY_NAMES[a]);
+  if (!Change(arrays[a], on))
+    return;
+  if (a == TANGENT_ARRAY)
+    on ? glEnableVertexAttribArray(TANGENT_ATTRIBUTE) : glDisableVertexAttribArray(TANGENT_ATTRIBUTE);
+  else
+    on ? glEnableClientState(PIPE_ARRAYS[a].name) : glDisableClientState(PIPE_ARRAYS[a].name);
 }
 
 void DPipe::EnableArray(Array a)
@@ -190,7 +188,7 @@ void DPipe::SelectUnit(int n)
 
 void DPipe::SetUnitCap(uint32_t cap, bool on, const char* report)
 {
-  const int i = IndexOf(UNIT_CAP_NAMES, cap);
+  const int i = IndexOf(PIPE_UNIT_CAPS, cap);
   if (i < 0) {
     QWARN("DPipe:TexUnit:%s(%d) unknown", report, static_cast<int>(cap));
     return;
@@ -212,7 +210,7 @@ void DPipe::DisableTexture(uint32_t target)
 
 void DPipe::SelectTexture(uint32_t target, uint32_t name)
 {
-  const int i = IndexOf(UNIT_CAP_NAMES, target);
+  const int i = IndexOf(PIPE_UNIT_CAPS, target);
   if (i < 0 || i > 2) {
     QWARN("DPipe:SelectTexture(); only supports 2D, 3D or Cubemap; texTarget is 0x%x", target);
     return;

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+
+class DPipeDifferences;
 
 // What OpenGL's state is known to be, so that asking for what already stands costs nothing. All drawing of the
 // scenery sets state through here. Without a context it only remembers.
@@ -9,12 +12,14 @@ class DPipe
 {
 public:
   static constexpr int MAX_UNITS = 8;
+  static constexpr unsigned TANGENT_ATTRIBUTE = 14; // of a vertex: where programs look for tangents
   enum Array
   {
     VERTEX_ARRAY,
     NORMAL_ARRAY,
     COLOR_ARRAY,
     INDEX_ARRAY,
+    TANGENT_ARRAY,
     ARRAY_COUNT
   };
 
@@ -53,6 +58,8 @@ public:
   void ForgetTexture(uint32_t name);
   void ForgetBuffer(uint32_t name);
 
+  // Compares all that is known with OpenGL and reports each difference. How many there are; 0 without a context.
+  int SyncCheck() const;
   // Requests that changed something since the last Invalidate; for measuring.
   int Changes() const { return changes; }
 
@@ -73,6 +80,8 @@ private:
   void SetUnitCap(uint32_t cap, bool on, const char* report);
   void SetArray(Array a, bool on);
   void SetCoordArray(bool on);
+  void CheckValues(DPipeDifferences& found) const;
+  void CheckUnit(size_t n, DPipeDifferences& found) const;
 
   std::array<int8_t, CAPS> caps;
   std::array<int8_t, ARRAY_COUNT> arrays;

@@ -1,7 +1,9 @@
 #include "foundation/qfile.h"
 #include "geometry/ddds.h"
+#include "geometry/dpipe.h"
 #include "geometry/dtexture.h"
 #include "golden/glwindow.h"
+#include "support/reportcapture.h"
 #include "support/tempdir.h"
 
 #include <gtest/gtest.h>
@@ -81,5 +83,57 @@ TEST(TexturesInOpenGL, PicturesGoThroughABufferAndComeFromTheFrame)
   pixels = FromTop(frame);
   EXPECT_EQ(16u * 8 * 4, pixels.size());
   EXPECT_EQ(255, pixels[2]);
+  EXPECT_EQ(0, window.TakeErrors());
+}
+
+TEST(PipeInOpenGL, TellsWhatChangedBehindItsBack)
+{
+  GlWindow window(64, 64);
+  if (!window.IsOpen())
+    GTEST_SKIP() << "no software renderer";
+  ReportCapture reports;
+  DPipe pipe;
+  pipe.Enable(GL_BLEND);
+  pipe.Disable(GL_FOG);
+  pipe.DepthMask(true);
+  pipe.CullFace(GL_FRONT);
+  pipe.BlendFunc(GL_SRC_ALPHA, GL_ONE);
+  pipe.AlphaFunc(GL_GEQUAL, 0.3f);
+  pipe.PolygonOffset(-1.3f, 2);
+  pipe.EnableArray(DPipe::NORMAL_ARRAY);
+  pipe.EnableArray(DPipe::TANGENT_ARRAY);
+  pipe.SelectUnit(2);
+  pipe.DisableTexture(GL_TEXTURE_3D);
+  pipe.EnableTexCoordArray();
+  pipe.TexEnv(GL_ADD);
+  EXPECT_EQ(0, pipe.SyncCheck()) << reports.All();
+  const struct
+  {
+    void (*change)();
+    const char* text;
+  } changes[] = {
+      {[] { glDisable(GL_BLEND); }, "DPipe: GL_BLEND was expected to be on"},
+      {[] { glEnable(GL_FOG); }, "DPipe: GL_FOG was expected to be off"},
+      {[] { glDepthMask(GL_FALSE); }, "DPipe: GL_DEPTH_WRITEMASK was expected to be on"},
+      {[] { glCullFace(GL_BACK); }, "DPipe: GL_CULL_FACE_MODE was expected to be 0x404"},
+      {[] { glBlendFunc(GL_SRC_ALPHA, GL_ZERO); }, "DPipe: GL_BLEND_DST was expected to be 0x1"},
+      {[] { glAlphaFunc(GL_GEQUAL, 0.4f); }, "DPipe: GL_ALPHA_TEST_REF was expected to be 0.3"},
+      {[] { glPolygonOffset(1.3f, 2); }, "DPipe: GL_POLYGON_OFFSET_FACTOR was expected to be -1.3"},
+      {[] { glDisableClientState(GL_NORMAL_ARRAY); }, "DPipe: GL_NORMAL_ARRAY was expected to be on"},
+      {[] { glDisableVertexAttribArray(DPipe::TANGENT_ATTRIBUTE); }, "DPipe: tangent array was expected to be on"},
+      {[] { glEnable(GL_TEXTURE_3D); }, "DPipe: GL_TEXTURE_3D of unit 2 was expected to be off"},
+      {[] { glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_DECAL); },
+       "DPipe: GL_TEXTURE_ENV_MODE of unit 2 was expected to be 0x104"},
+      {[] { glDisableClientState(GL_TEXTURE_COORD_ARRAY); },
+       "DPipe: GL_TEXTURE_COORD_ARRAY of unit 2 was expected to be on"},
+      {[] { glActiveTexture(GL_TEXTURE0); }, "DPipe: GL_ACTIVE_TEXTURE was expected to be 0x84c2"},
+  };
+  int differences = 0;
+  for (const auto& c : changes) {
+    c.change();
+    EXPECT_EQ(++differences, pipe.SyncCheck());
+    EXPECT_TRUE(reports.Contains(c.text)) << c.text;
+  }
+  DThePipe().Invalidate();
   EXPECT_EQ(0, window.TakeErrors());
 }
