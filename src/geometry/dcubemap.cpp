@@ -9,7 +9,6 @@
 DCubeMap::DCubeMap()
 {
   target = GL_TEXTURE_CUBE_MAP;
-  bytesPerPixel = 4;
   SetWrap(GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE, wrapQ);
 }
 

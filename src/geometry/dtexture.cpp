@@ -83,8 +83,18 @@ void DTexture::CreateTexture()
   glGenTextures(1, &glTexture);
   ReportLeaks(*this);
   DThePipe().SelectTexture(target, glTexture);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+  glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+  glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
   ApplyState();
   Upload();
+  bytesPerPixel = DBytesPerPixel(internalFormat);
+}
+
+void DTexture::Upload()
+{
+  if (target == GL_TEXTURE_2D)
+    glTexImage2D(target, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
 }
 
 void DTexture::ApplyState() const
@@ -169,20 +179,35 @@ DBitMapTexture::DBitMapTexture(std::unique_ptr<QBitMap> bitmap)
   FromBitMap(std::move(bitmap));
 }
 
+DBitMapTexture::DBitMapTexture(const std::string& fileName)
+{
+  FromBitMap(d3LoadTextureMap(fileName));
+  SetName(QFileBase(fileName.c_str()));
+}
+
 DBitMapTexture::~DBitMapTexture() = default;
 
 void DBitMapTexture::FromBitMap(std::unique_ptr<QBitMap> bitmap)
 {
   if (!bitmap || !bitmap->GetBuffer())
     return;
-  SetSize(bitmap->GetWidth(), bitmap->GetHeight());
+  if (flags & PBO && (width != bitmap->GetWidth() || height != bitmap->GetHeight()))
+    DisablePbo(); // its copy has the former size
+  width = bitmap->GetWidth();
+  height = bitmap->GetHeight();
   srgb = !DGlobals().linear && DGlobals().srgbTextures;
   internalFormat = DInternalFormat(GL_RGBA, false, !srgb);
-  bytesPerPixel = 4;
+  bytesPerPixel = DBytesPerPixel(internalFormat);
+  flags &= ~static_cast<uint32_t>(HAS_TRANSPARENCY);
   if (bitmap->HasTransparency())
     flags |= HAS_TRANSPARENCY;
-  if (DGlobals().hasContext)
-    pending = std::move(bitmap);
+  if (!DGlobals().hasContext)
+    return;
+  pending = std::move(bitmap);
+  if (glTexture == 0)
+    return; // goes with the first Select
+  Select();
+  Upload();
 }
 
 void DBitMapTexture::Upload()
@@ -190,9 +215,6 @@ void DBitMapTexture::Upload()
   if (!pending)
     return;
   internalFormat = DInternalFormat(GL_RGBA, flags & COMPRESSION, !srgb);
-  glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-  glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-  glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
   glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(internalFormat), width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                pending->GetBuffer());
   if (flags & MIPMAP)
@@ -205,12 +227,6 @@ DDrawableTexture::DDrawableTexture(int wid, int hgt)
   SetSize(wid, hgt);
   EnableMipmap(false);
   minFilter = GL_LINEAR;
-  bytesPerPixel = 4;
-}
-
-void DDrawableTexture::Upload()
-{
-  glTexImage2D(target, 0, static_cast<GLint>(internalFormat), width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
 }
 
 void DDrawableTexture::CopyFrom(int x, int y, bool front)
@@ -233,6 +249,25 @@ uint32_t DInternalFormat(uint32_t asked, bool compressed, bool linear)
   if (!linear)
     return alpha ? GL_SRGB8_ALPHA8 : GL_SRGB8;
   return asked;
+}
+
+int DBytesPerPixel(uint32_t internalFormat)
+{
+  switch (internalFormat) {
+  case GL_RGB:
+  case GL_RGB8:
+  case GL_SRGB8:
+  case GL_COMPRESSED_RGB:
+    return 3;
+  case GL_RGBA:
+  case GL_RGBA8:
+  case GL_SRGB8_ALPHA8:
+  case GL_COMPRESSED_RGBA:
+  case GL_COMPRESSED_SRGB_ALPHA:
+    return 4;
+  default:
+    return 0;
+  }
 }
 
 bool d3KeyTransparency(QBitMap& picture, const std::string& fileName)

@@ -71,7 +71,8 @@ public:
   std::vector<std::byte> pboData;
 
 protected:
-  virtual void Upload() {} // with the texture bound
+  // Sends the pixels, with the texture bound. Here: an empty image, which the texture's maker fills.
+  virtual void Upload();
   void ApplyState() const;
 };
 
@@ -81,9 +82,12 @@ class DBitMapTexture : public DTexture
 public:
   DBitMapTexture();
   explicit DBitMapTexture(std::unique_ptr<QBitMap> bitmap);
+  // As d3LoadTextureMap finds it: a stub, reported, when it can't be loaded. Named by the file's base name.
+  explicit DBitMapTexture(const std::string& fileName);
   ~DBitMapTexture() override;
   const char* GetClassName() const override { return "DBitMapTexture"; }
   const char* GetTypeName() const override { return "bitmapTexture"; }
+  // Takes the picture and its size; a texture that is in use shows it at once. Nothing happens without pixels.
   void FromBitMap(std::unique_ptr<QBitMap> bitmap);
 
 protected:
@@ -103,13 +107,12 @@ public:
   const char* GetTypeName() const override { return "drawableTexture"; }
   // The corner at x, y of the back or the front buffer, y from the bottom.
   void CopyFrom(int x, int y, bool front = false);
-
-protected:
-  void Upload() override;
 };
 
 // OpenGL's internal format for GL_RGB or GL_RGBA: compressed or not, of linear or of sRGB colours.
 uint32_t DInternalFormat(uint32_t asked, bool compressed, bool linear);
+// 3 or 4 for bytes of red, green and blue, without or with alpha; 0 for any other format.
+int DBytesPerPixel(uint32_t internalFormat);
 // Of pictures that have no alpha: magenta becomes transparent. True when there was some.
 bool d3KeyTransparency(QBitMap& picture, const std::string& fileName);
 
@@ -121,6 +124,5 @@ std::unique_ptr<QBitMap> d3MakeStubImage(int type);
 // The file of a picture's name in the global map path; the name itself when there is none.
 std::string d3FindMap(const std::string& fileName);
 // A name out of a file may lead below the directories that are searched, never out of them: an absolute one, or one
-// with
-// "..", keeps its last part alone.
+// with "..", keeps its last part alone.
 std::string d3InsideName(const std::string& name);

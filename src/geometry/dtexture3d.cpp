@@ -30,7 +30,6 @@ DTexture3D::DTexture3D(const QBitMap& strip)
   SetSize(slice, strip.GetHeight());
   depth = SLICES;
   internalFormat = GL_RGBA;
-  bytesPerPixel = 4;
   EnableMipmap(false);
   Clamp();
   if (!DGlobals().hasContext)
@@ -53,7 +52,6 @@ bool DTexture3D::FromFloat32File(const std::string& fileName)
   depth = 32;
   type = GL_FLOAT;
   internalFormat = GL_RGBA32F;
-  bytesPerPixel = 0;
   flags &= ~static_cast<uint32_t>(MIPMAP);
   minFilter = magFilter = GL_LINEAR;
   Clamp();

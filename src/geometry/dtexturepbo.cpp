@@ -10,14 +10,15 @@ bool DTexture::EnablePbo()
 {
   if (!DGlobals().hasContext || flags & PBO)
     return flags & PBO;
-  if (bytesPerPixel != 3 && bytesPerPixel != 4) {
+  Select();
+  if (target != GL_TEXTURE_2D || bytesPerPixel == 0) {
     QWARN("DTexture::EnablePbo() Internalformat %d not supported for PBO's", static_cast<int>(internalFormat));
     return false;
   }
-  Select();
   pboData.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(bytesPerPixel));
   glPixelStorei(GL_PACK_ALIGNMENT, 1);
   glGetTexImage(target, 0, bytesPerPixel == 4 ? GL_RGBA : GL_RGB, GL_UNSIGNED_BYTE, pboData.data());
+  glPixelStorei(GL_PACK_ALIGNMENT, 4);
   glGenBuffers(1, &pbo);
   glBindBuffer(GL_PIXEL_UNPACK_BUFFER, pbo);
   glBufferData(GL_PIXEL_UNPACK_BUFFER, static_cast<GLsizeiptr>(pboData.size()), nullptr, GL_STREAM_DRAW);

@@ -2,6 +2,7 @@
 #include "geometry/ddds.h"
 #include "geometry/dpipe.h"
 #include "geometry/dtexture.h"
+#include "geometry/dtexture3d.h"
 #include "golden/glwindow.h"
 #include "support/reportcapture.h"
 #include "support/tempdir.h"
@@ -76,6 +77,23 @@ TEST(TexturesInOpenGL, PicturesGoThroughABufferAndComeFromTheFrame)
   std::vector<uint8_t> pixels = FromTop(texture);
   EXPECT_EQ(77, pixels[12 * 4]); // the lower left pixel
   EXPECT_EQ(200, pixels[1]);
+  // A picture of another size takes its place at once.
+  picture = std::make_unique<QBitMap>(32, 8, 2);
+  picture->Fill(nullptr, QColor(1, 2, 3));
+  texture.FromBitMap(std::move(picture));
+  EXPECT_FALSE(texture.ApplyPbo()); // whose copy has the former size
+  pixels = FromTop(texture);
+  ASSERT_EQ(8u * 2 * 4, pixels.size());
+  EXPECT_EQ(3, pixels[pixels.size() - 2]);
+  EXPECT_EQ(4, texture.bytesPerPixel);
+  DTexture plain; // filled by its maker
+  plain.SetSize(2, 2);
+  EXPECT_EQ(16u, FromTop(plain).size());
+  GLint wid = 0;
+  glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &wid);
+  EXPECT_EQ(2, wid);
+  DTexture3D strip(QBitMap(32, 32, 2));
+  EXPECT_FALSE(strip.EnablePbo()); // sixteen slices don't fit where one does
   glClearColor(0, 0, 1, 1);
   glClear(GL_COLOR_BUFFER_BIT);
   DDrawableTexture frame(16, 8);
