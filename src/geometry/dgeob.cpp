@@ -133,15 +133,15 @@ void DGeob::Destroy()
 void DGeob::FinalizeGeob()
 {
   const int vertices = VertexCount();
-  if (vertices == 0)
-    index.clear();
-  else if (LargestOf(index) >= vertices)
+  if (!index.empty() && LargestOf(index) >= vertices)
     for (size_t i = 0; i < index.size(); ++i)
       if (index[i] >= vertices) {
         QWARN("Geode %s has bad indices in geob (index[%d]=%d>%d vertices.", GeodeName(), static_cast<int>(i), index[i],
               vertices);
         index[i] = 0;
       }
+  if (vertices == 0)
+    index.clear(); // there is no vertex 0 either
   // A file may bring an array before it says how many vertices there are.
   for (auto* array : {&normal, &vertexColor})
     if (!array->empty() && array->size() < vertex.size())
@@ -151,7 +151,7 @@ void DGeob::FinalizeGeob()
       channel.resize(vertex.size(), DVector2(0.0f));
   flags &= ~static_cast<uint32_t>(BOX_VALID);
   GetBoundingBox();
-  if (vertices > 0 && texCoord[0].empty()) {
+  if (texCoord[0].empty()) {
     QWARN("Geode %s has geobs without texcoords; generating fake values", GeodeName());
     texCoord[0].assign(vertex.size(), DVector2(0.0f));
   }

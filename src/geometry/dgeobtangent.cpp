@@ -75,11 +75,11 @@ void AppendCopies(DArray<T>& array, const std::vector<size_t>& source, size_t be
 
 void DGeob::CalculateTangentArray()
 {
-  if (!tangent.empty() || vertex.empty())
+  if (!tangent.empty())
     return;
   if (normal.empty())
     RethinkNormals();
-  if (normal.size() < vertex.size() || texCoord[0].size() < vertex.size()) {
+  if (normal.empty() || normal.size() < vertex.size() || texCoord[0].size() < vertex.size()) {
     QWARN("CalculateTangentArray needs normals for geob; now normal=0");
     return;
   }

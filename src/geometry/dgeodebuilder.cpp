@@ -3,7 +3,14 @@
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 
+#include <algorithm>
 #include <numeric>
+
+namespace {
+
+constexpr size_t ADDRESSABLE = DGeob::MAX_VERTICES / 3 * 3; // whole triangles
+
+} // namespace
 
 bool DGeodeBuilder::Geob::AddTriangle(const DVector3& a, const DVector3& b, const DVector3& c)
 {
@@ -29,7 +36,11 @@ std::unique_ptr<DGeode> DGeodeBuilder::Build(const std::string& fileName, const 
   geode->AddMaterial()->AddBitMap(geode->FindMapFile(imageName), true, geode.get(), true);
   for (const auto& made : geobs) {
     DGeob& g = *geode->AddGeob();
-    g.vertex.assign(made->vertex.begin(), made->vertex.end());
+    const size_t count = std::min(made->vertex.size(), ADDRESSABLE);
+    if (count < made->vertex.size())
+      QWARN("DGeodeBuilder:Build(%s); %d vertices are more than indices can name, cutting down to %d", fileName.c_str(),
+            static_cast<int>(made->vertex.size()), static_cast<int>(count));
+    g.vertex.assign(made->vertex.begin(), made->vertex.begin() + static_cast<std::ptrdiff_t>(count));
     g.normal.assign(g.vertex.size(), DVector3(0, 1, 0));
     g.texCoord[0].assign(g.vertex.size(), DVector2(0.0f));
     g.index.resize(g.vertex.size());

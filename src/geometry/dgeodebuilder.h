@@ -13,11 +13,11 @@ class DGeodeBuilder
 {
 public:
   static constexpr int MAX_GEOBS = 100;
-  static constexpr int MAX_VERTICES = 65535; // in threes, that an index can name
+  static constexpr int MAX_VERTICES = 200000;
   class Geob
   {
   public:
-    // False when the geob is full.
+    // False at MAX_VERTICES.
     bool AddTriangle(const DVector3& a, const DVector3& b, const DVector3& c);
 
   private:
@@ -25,7 +25,8 @@ public:
     std::vector<DVector3> vertex;
   };
   Geob* MakeGeob(); // null, with a report, at MAX_GEOBS
-  // A geob for each one made, all with the one material of the picture. Never null.
+  // A geob for each one made, all with the one material of the picture. Triangles beyond what an index can name are
+  // left out (reported). Never null.
   std::unique_ptr<DGeode> Build(const std::string& fileName, const std::string& imageName) const;
 
 private:

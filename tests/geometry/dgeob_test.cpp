@@ -77,6 +77,9 @@ TEST_F(Geob, FinalizeCatchesABadIndexWhereverItStands)
   SetTriangles({}, {0, 1, 2});
   geob.FinalizeGeob();
   EXPECT_EQ(0, geob.IndexCount());
+  EXPECT_TRUE(reports.Contains("Geode g has bad indices in geob (index[2]=2>0 vertices."));
+  geob.CalculateTangentArray();
+  EXPECT_TRUE(reports.Contains("CalculateTangentArray needs normals for geob; now normal=0"));
 }
 
 TEST_F(Geob, MaterialOfABurst)

@@ -133,6 +133,23 @@ TEST(GeodeBuilder, BuildsWhatWasAdded)
   EXPECT_EQ(18, first.burst[0].count);
 }
 
+TEST(GeodeBuilder, CutsWhatNoIndexCanName)
+{
+  ReportCapture reports;
+  DGlobals().texturesOn = false;
+  DGeodeBuilder builder;
+  DGeodeBuilder::Geob* g = builder.MakeGeob();
+  int added = 0;
+  while (added < 100000 && g->AddTriangle({0, 0, 0}, {1, 0, 0}, {0, 0, 1}))
+    ++added;
+  EXPECT_EQ(66666, added); // 200000 vertices hold no more
+  const auto geode = builder.Build("big.dof", "big.tga");
+  DResetGlobals();
+  EXPECT_EQ(65535, geode->geob[0]->VertexCount());
+  EXPECT_EQ(65534, geode->geob[0]->index[65534]);
+  EXPECT_EQ(1, reports.Count("DGeodeBuilder:Build(big.dof); 199998 vertices are more than indices can name"));
+}
+
 TEST(MaterialNameFilter, MeetsShaderNames)
 {
   const struct
