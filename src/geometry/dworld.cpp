@@ -136,7 +136,9 @@ bool DWorld::LoadShaders(const std::string& fileName, std::string_view prefix)
       DShaderLoader::Parse(info, tree, *shader, keyPath);
     ++done;
     if (DGlobals().shaderProgress)
-      DGlobals().shaderProgress(done, static_cast<int>(trees.size()), tree);
+      DGlobals().shaderProgress(done, static_cast<int>(trees.size()),
+                                "Shader " + std::to_string(done) + " of " + std::to_string(trees.size()) + " [" + tree +
+                                    "]");
   }
   return true;
 }

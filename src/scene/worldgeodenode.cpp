@@ -35,11 +35,15 @@ bool WorldGeobNode::IsSky() const
 void WorldGeobNode::Relink()
 {
   parts.clear();
+  unpaintable = 0;
   linkedAsSky = IsSky();
   const DMaterial* last = nullptr;
   for (int i = 0; i < geob->Bursts(); ++i) {
     const auto indices = geob->BurstIndices(i);
-    if (indices.empty() || geob->burst[static_cast<size_t>(i)].vperP != 3)
+    const int vperP = geob->burst[static_cast<size_t>(i)].vperP;
+    if (vperP != 3 && vperP != 4)
+      ++unpaintable;
+    if (indices.empty() || vperP != 3)
       continue;
     const int first = static_cast<int>(indices.data() - geob->index.data());
     const int count = static_cast<int>(indices.size());
@@ -62,6 +66,8 @@ bool WorldGeobNode::Enter(WorldState& state)
 {
   if (linkedAsSky != IsSky())
     Relink();
+  for (int i = 0; i < unpaintable; ++i)
+    QWARN("DGeob; draw poly NYI\n");
   for (const Part& part : parts) {
     RenderBlock* block = state.scene.ReserveRenderBlock();
     block->shader = part.shader;

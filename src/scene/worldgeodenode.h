@@ -40,6 +40,7 @@ private:
   DGeob* geob;
   bool linkedAsSky = false;
   std::vector<Part> parts;
+  int unpaintable = 0; // bursts of neither triangles nor quads; each frame says so
 };
 
 // One model with its coarser levels.

@@ -204,7 +204,7 @@ void WorldScene::LoadSettings(const QInfo& info, std::string_view key)
     flags |= AUTO_EXPOSURE;
   else
     flags &= ~static_cast<uint32_t>(AUTO_EXPOSURE);
-  renderer->LoadSettings(info, key);
+  renderer->LoadSettings(info, "renderer"); // wherever the scene's own stand
   shadowMapping = info.GetInt(base + ".shadowmapping.enable");
 }
 

@@ -1,5 +1,6 @@
 #include "scene/worldstate.h"
 
+#include "foundation/qreport.h"
 #include "geometry/dbox.h"
 #include "scene/worldnode.h"
 
@@ -47,8 +48,11 @@ bool WorldState::InView(const DVector3& center, const DVector3& half) const
 
 void WorldState::Visit(WorldNode& node)
 {
-  if (!node.IsVisible())
+  if ((node.flags & (WorldNode::VISIBLE | WorldNode::DELETED)) != WorldNode::VISIBLE) {
+    if (node.flags & WorldNode::DELETED)
+      QCrash("Deleted WorldNode used!");
     return;
+  }
   if (const DBox* box = node.GetBox()) {
     const DVector3 center = box->Center();
     if (!InView(center, box->max - center)) {
