@@ -1,6 +1,7 @@
 #include "app/tool/tool.h"
 #include "app/tool/tooljson.h"
 
+#include "foundation/qfile.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
 #include "geometry/dgeode.h"
@@ -172,6 +173,13 @@ private:
   decltype(QReportSettings::tap) before;
 };
 
+// A file that was cut off reads without a word, as far as it goes.
+bool HasEnd(const std::string& path)
+{
+  std::string content;
+  return QReadFile(path, content, true) && content.find("EDOF") != content.npos;
+}
+
 int RunValidate(const ToolArgs& args)
 {
   int status = TOOL_DONE;
@@ -179,11 +187,14 @@ int RunValidate(const ToolArgs& args)
     std::vector<std::string> lines;
     {
       Problems problems;
-      if (const auto geode = LoadModel(args, i))
+      const auto geode = LoadModel(args, i);
+      if (geode)
         geode->Validate();
       else
         status = TOOL_FAILED;
       lines = std::move(problems.lines);
+      if (geode && !HasEnd(args.Path(i)))
+        lines.emplace_back("the file ends before the model does");
     }
     for (const std::string& line : lines)
       ToolPrint(args.Text(i) + ": " + line + "\n");
