@@ -106,7 +106,7 @@ void DGeob::SetArrays() const
 {
   DPipe& pipe = DThePipe();
   pipe.EnableArray(DPipe::VERTEX_ARRAY);
-  glVertexPointer(3, GL_FLOAT, 0, Source(vertexBuffer, vertex));
+  glVertexPointer(3, GL_FLOAT, 0, Source(vertexBufferCentered ? 0 : vertexBuffer, vertex)); // where they belong
   if (normal.size() >= vertex.size()) {
     pipe.EnableArray(DPipe::NORMAL_ARRAY);
     glNormalPointer(GL_FLOAT, 0, Source(normalBuffer, normal));

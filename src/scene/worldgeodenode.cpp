@@ -93,6 +93,9 @@ void WorldGeodeNode::Clear()
 {
   geobNodes.clear();
   lod.reset();
+  if (!(geodeNodeFlags & OWNS_GEODE))
+    for (auto& geode : geodes)
+      static_cast<void>(geode.release());
   geodes.clear();
 }
 

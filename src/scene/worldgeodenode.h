@@ -49,7 +49,7 @@ class WorldGeodeNode : public WorldGraphicsNode
 public:
   enum GeodeNodeFlag : uint32_t
   {
-    OWNS_GEODE = 0x01
+    OWNS_GEODE = 0x01 // cleared: whoever cleared it destroys the models, after the node
   };
   WorldGeodeNode(WorldScene* owner, const char* nodeName);
   ~WorldGeodeNode() override;
