@@ -7,7 +7,7 @@
 class DNonUniformHermiteSpline
 {
 public:
-  explicit DNonUniformHermiteSpline(bool isClosed = false) : closed(isClosed) {}
+  explicit DNonUniformHermiteSpline(bool isClosed = true) : closed(isClosed) {}
   void SetClosed(bool isClosed);
   bool IsClosed() const { return closed; }
   void Clear();

@@ -7,7 +7,7 @@ namespace {
 
 TEST(Hermite, MeetsItsKeysAndALine)
 {
-  DNonUniformHermiteSpline curve;
+  DNonUniformHermiteSpline curve(false);
   EXPECT_EQ(0, curve.GetValue(3));
   for (const float u : {0.0f, 1.0f, 3.0f, 7.0f})
     curve.AddKey(u, 10 + 2 * u);
