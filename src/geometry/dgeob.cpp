@@ -87,6 +87,17 @@ std::span<const uint16_t> DGeob::BurstIndices(int i) const
   return std::span(index).subspan(first, std::min(count, index.size() - first));
 }
 
+std::span<const uint16_t> DGeob::PaintedIndices(int i) const
+{
+  const int vperP = i < 0 || i >= Bursts() ? 0 : burst[static_cast<size_t>(i)].vperP;
+  if (vperP != 4)
+    return vperP == 3 ? BurstIndices(i) : std::span<const uint16_t>();
+  const DBurst& b = burst[static_cast<size_t>(i)];
+  const int first = std::clamp(b.start / vperP, 0, IndexCount());
+  const int count = std::clamp(b.count / vperP, 0, IndexCount() - first);
+  return std::span(index).subspan(static_cast<size_t>(first), static_cast<size_t>(count));
+}
+
 int DGeob::GetBurstOfIndex(int i) const
 {
   for (int n = 0; n < Bursts(); ++n)

@@ -78,6 +78,9 @@ public:
   bool AddBurst(const DBurst& b);
   // The part of the index array that a burst names, clipped to what there is.
   std::span<const uint16_t> BurstIndices(int i) const;
+  // The part that is painted: quads count their place in fours where triangles count it in threes. Empty for other
+  // polygons.
+  std::span<const uint16_t> PaintedIndices(int i) const;
   // The first burst with i below start + count, in the units of those; -1 when there is none.
   int GetBurstOfIndex(int i) const;
   int GetTexCoordChannels() const; // leading channels that exist

@@ -135,14 +135,13 @@ void DGeob::DrawBurst(int i) const
     QWARN("DGeob; draw poly NYI\n");
     return;
   }
-  // Quads count their place in fours where triangles count it in threes.
-  const int first = std::clamp(b.start / b.vperP, 0, IndexCount());
-  const int count = std::clamp(b.count / b.vperP, 0, IndexCount() - first);
-  if (count == 0)
+  const auto indices = PaintedIndices(i);
+  if (indices.empty())
     return;
   DThePipe().BindIndexBuffer(indexBuffer);
-  const uint16_t* base = indexBuffer ? nullptr : index.data();
-  glDrawElements(b.vperP == 3 ? GL_TRIANGLES : GL_QUADS, count, GL_UNSIGNED_SHORT, base + first);
+  const uint16_t* base =
+      indexBuffer ? reinterpret_cast<const uint16_t*>((indices.data() - index.data()) * 2) : indices.data();
+  glDrawElements(b.vperP == 3 ? GL_TRIANGLES : GL_QUADS, static_cast<GLsizei>(indices.size()), GL_UNSIGNED_SHORT, base);
 }
 
 void DGeob::PaintLayer(int i, int layer, DMaterial& m) const

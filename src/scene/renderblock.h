@@ -15,6 +15,7 @@ struct RenderBlock
   const DMatrix4* matrix; // null: the geob is in world space
   int firstIndex;         // the run of the geob's indices that is painted
   int indexCount;
+  bool quads;       // else triangles
   float distance;   // from the camera
   float screenSize; // radius over distance
 };

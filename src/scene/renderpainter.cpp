@@ -214,12 +214,13 @@ void RenderPainter::DrawIndices(const RenderBlock& block) const
 {
   if (!gl)
     return;
+  const GLenum shape = block.quads ? GL_QUADS : GL_TRIANGLES;
   const uint16_t* base = block.geob->indexBuffer ? nullptr : block.geob->index.data();
   if (!(flags & WorldRenderer::ARRAY_ELEMENTS)) {
-    glDrawElements(GL_TRIANGLES, block.indexCount, GL_UNSIGNED_SHORT, base + block.firstIndex);
+    glDrawElements(shape, block.indexCount, GL_UNSIGNED_SHORT, base + block.firstIndex);
     return;
   }
-  glBegin(GL_TRIANGLES);
+  glBegin(shape);
   for (int i = 0; i < block.indexCount; ++i)
     glArrayElement(block.geob->index[static_cast<size_t>(block.firstIndex + i)]);
   glEnd();

@@ -39,21 +39,23 @@ void WorldGeobNode::Relink()
   linkedAsSky = IsSky();
   const DMaterial* last = nullptr;
   for (int i = 0; i < geob->Bursts(); ++i) {
-    const auto indices = geob->BurstIndices(i);
+    const auto indices = geob->PaintedIndices(i);
     const int vperP = geob->burst[static_cast<size_t>(i)].vperP;
     if (vperP != 3 && vperP != 4)
       ++unpaintable;
-    if (indices.empty() || vperP != 3)
+    if (indices.empty())
       continue;
+    const bool quads = vperP == 4;
     const int first = static_cast<int>(indices.data() - geob->index.data());
     const int count = static_cast<int>(indices.size());
     DMaterial* material = geob->GetMaterial(geob->burst[static_cast<size_t>(i)].mtlID);
-    if (!parts.empty() && material == last && first == parts.back().firstIndex + parts.back().indexCount) {
+    if (!parts.empty() && material == last && quads == parts.back().quads &&
+        first == parts.back().firstIndex + parts.back().indexCount) {
       parts.back().indexCount += count;
       continue;
     }
     last = material;
-    Part& part = parts.emplace_back(Part{first, count, material ? material->shader : nullptr, nullptr});
+    Part& part = parts.emplace_back(Part{first, count, quads, material ? material->shader : nullptr, nullptr});
     const bool drawable = part.shader && part.shader->LayerCount() > 0;
     if (!drawable && GetScene()) {
       part.made = GetScene()->ShaderOfMaterial(material, linkedAsSky);
@@ -75,6 +77,7 @@ bool WorldGeobNode::Enter(WorldState& state)
     block->matrix = state.Matrix();
     block->firstIndex = part.firstIndex;
     block->indexCount = part.indexCount;
+    block->quads = part.quads;
     block->distance = distance;
     block->screenSize = geob->radius / std::max(distance, 0.001f);
   }

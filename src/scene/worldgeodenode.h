@@ -27,11 +27,12 @@ public:
   void Relink();
 
 private:
-  // Consecutive bursts of one material.
+  // Consecutive bursts of one material, triangles or quads.
   struct Part
   {
     int firstIndex;
     int indexCount;
+    bool quads;
     DShader* shader; // the material's, or made; may be null
     std::shared_ptr<DShader> made;
   };
