@@ -67,8 +67,6 @@ bool Decode(QImage::FileFormat format, std::span<const std::byte> file, QBitMap&
   switch (format) {
   case QImage::FORMAT_RGB:
     return QReadRGB(file, picture, name);
-  case QImage::FORMAT_TGA:
-    return QReadTGA(file, picture, name);
   case QImage::FORMAT_JPG:
     return QReadJPG(file, picture, name);
   case QImage::FORMAT_BMP:
@@ -93,10 +91,16 @@ bool QImage::Read(const std::string& fileName)
     return true; // the picture that stands there stays
   if (format == FORMAT_NONE)
     return false;
-  QBlock file;
-  size_t size = 0;
-  if (QReadFile(path.Str(), file, size, true))
-    return Decode(format, {file.Data(), size}, *this, path.c_str());
+  if (format == FORMAT_TGA) { // the format of most textures, and read as fast as its bytes come
+    QPieceReader file(path.Str());
+    if (file.IsOpen())
+      return QReadTGA(file, *this, path.c_str());
+  } else {
+    QBlock file;
+    size_t size = 0;
+    if (QReadFile(path.Str(), file, size, true))
+      return Decode(format, {file.Data(), size}, *this, path.c_str());
+  }
   if (errno == ENOMEM)
     QERR("QImage:ReadTGA(); no memory to read '%s'", path.c_str());
   else if (format == FORMAT_JPG)

@@ -70,7 +70,7 @@ bool Prepare(jpeg_decompress_struct& info, size_t bytes, QBitMap& picture, const
     QERR("QImage:ReadJPG(%s); %dx%d pixels don't fit in %zu bytes", name, wid, hgt, bytes);
     return false;
   }
-  if (!picture.Alloc(32, wid, hgt)) {
+  if (!picture.AllocUnset(32, wid, hgt)) {
     QERR("QImage:ReadJPG(); (%s) out of memory", name);
     return false;
   }
@@ -107,6 +107,7 @@ bool Decompress(jpeg_decompress_struct& info, Errors& errors, std::span<const st
   const int components = info.num_components;
   if (components != 1 && components != 3 && components != 4) {
     QERR("QImage:ReadJPG(%s); unsupported number of components (%d)", errors.name, components);
+    picture.Clear();
     return true;
   }
   if (components != 4)

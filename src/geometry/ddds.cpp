@@ -1,7 +1,7 @@
 #include "geometry/ddds.h"
 
 #include "foundation/qbytes.h"
-#include "foundation/qfile.h"
+#include "foundation/qpiecereader.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
 #include "geometry/dtexture.h"
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <epoxy/gl.h>
+#include <new>
 #include <utility>
 
 namespace {
@@ -17,111 +18,134 @@ constexpr size_t HEADER_SIZE = 124;
 constexpr int MAX_SIZE = 16384;
 constexpr uint32_t HAS_CODE = 0x4; // of the pixel format's flags
 
-size_t BlockSize(DDDS::Format format)
+constexpr size_t BlockSize(DDDS::Format format)
 {
   return format == DDDS::PLAIN ? 4 : format == DDDS::DXT1 ? 8 : 16;
 }
 
-// How many rows of pixels of a block lie in a level.
-int RowsOfBlock(int hgt)
+// The eight bytes of a block that tell of colours, and of the alpha that stands before them.
+struct BlockWords
 {
-  return std::min(hgt, 4);
-}
+  uint64_t alpha;
+  uint64_t colors;
+};
 
-// The four index bytes of the colours, a row each. A level that is less than a block high has only some of them.
-void FlipColors(uint8_t* rows, int count)
+template <DDDS::Format FORMAT>
+BlockWords LoadBlock(const std::byte* from)
 {
-  std::reverse(rows, rows + count);
-}
-
-// Four rows of 12 bits each.
-void FlipAlphaIndices(uint8_t* bytes, int count)
-{
-  uint64_t all = 0;
-  for (size_t i = 0; i < 6; ++i)
-    all |= uint64_t{bytes[i]} << 8 * i;
-  uint64_t flipped = 0;
-  for (int row = 0; row < 4; ++row) {
-    const int from = row < count ? count - 1 - row : row;
-    flipped |= (all >> 12 * from & 0xFFF) << 12 * row;
-  }
-  for (size_t i = 0; i < 6; ++i)
-    bytes[i] = static_cast<uint8_t>(flipped >> 8 * i);
+  BlockWords block{};
+  if constexpr (FORMAT == DDDS::DXT1)
+    std::memcpy(&block.colors, from, 8);
+  else
+    std::memcpy(&block, from, 16);
+  return block;
 }
 
 template <DDDS::Format FORMAT>
-void FlipBlock(uint8_t* block, int count)
+void StoreBlock(const BlockWords& block, std::byte* to)
 {
-  if constexpr (FORMAT == DDDS::DXT1) {
-    FlipColors(block + 4, count);
-  } else {
-    if constexpr (FORMAT == DDDS::DXT3) {
-      std::array<uint16_t, 4> rows;
-      std::memcpy(rows.data(), block, sizeof rows);
-      std::reverse(rows.begin(), rows.begin() + count);
-      std::memcpy(block, rows.data(), sizeof rows);
-    } else {
-      FlipAlphaIndices(block + 2, count);
-    }
-    FlipColors(block + 12, count);
-  }
+  if constexpr (FORMAT == DDDS::DXT1)
+    std::memcpy(to, &block.colors, 8);
+  else
+    std::memcpy(to, &block, 16);
 }
 
-// Rows of blocks change places and blocks are turned, both in one pass.
+// The first COUNT rows of four, of so many bits each, are turned upside down; they lie in the word's upper end.
+template <int BITS, int COUNT>
+uint64_t FlipRows(uint64_t word)
+{
+  if constexpr (BITS == 8 && COUNT == 4) // one instruction
+    return (word & 0xFFFFFFFF) | uint64_t{__builtin_bswap32(static_cast<uint32_t>(word >> 32))} << 32;
+  constexpr int START = 64 - 4 * BITS;
+  constexpr uint64_t MASK = (uint64_t{1} << BITS) - 1;
+  const auto row = [&](int to) {
+    const int from = to < COUNT ? COUNT - 1 - to : to;
+    return (word >> (START + BITS * from) & MASK) << (START + BITS * to);
+  };
+  const uint64_t head = START == 0 ? 0 : word & ((uint64_t{1} << START) - 1);
+  return head | row(0) | row(1) | row(2) | row(3);
+}
+
+template <DDDS::Format FORMAT, int COUNT>
+BlockWords FlipBlock(const BlockWords& block)
+{
+  uint64_t alpha = 0;
+  if constexpr (FORMAT == DDDS::DXT3)
+    alpha = FlipRows<16, COUNT>(block.alpha);
+  else if constexpr (FORMAT == DDDS::DXT5)
+    alpha = FlipRows<12, COUNT>(block.alpha);
+  return {alpha, FlipRows<8, COUNT>(block.colors)};
+}
+
 template <DDDS::Format FORMAT>
-void FlipBlocks(const DDDS::Level& level)
+bool IsOpaque(const BlockWords& block)
 {
-  constexpr size_t SIZE = FORMAT == DDDS::DXT1 ? 8 : 16;
-  const size_t rowSize = static_cast<size_t>((level.wid + 3) / 4) * SIZE;
-  const size_t rows = static_cast<size_t>((level.hgt + 3) / 4);
-  const int count = RowsOfBlock(level.hgt);
-  auto* pixels = reinterpret_cast<uint8_t*>(level.pixels.data());
-  for (size_t i = 0; i < (rows + 1) / 2; ++i) {
-    uint8_t* a = pixels + i * rowSize;
-    uint8_t* b = pixels + (rows - 1 - i) * rowSize;
-    for (size_t at = 0; at < rowSize; at += SIZE) {
-      FlipBlock<FORMAT>(a + at, count);
-      if (a == b)
-        continue;
-      FlipBlock<FORMAT>(b + at, count);
-      std::swap_ranges(a + at, a + at + SIZE, b + at);
-    }
-  }
-}
-
-// Blue and red change places too.
-void FlipPlain(const DDDS::Level& level)
-{
-  const size_t rowSize = static_cast<size_t>(level.wid) * 4;
-  auto* pixels = reinterpret_cast<uint8_t*>(level.pixels.data());
-  for (size_t at = 0; at < level.pixels.size(); at += 4)
-    std::swap(pixels[at], pixels[at + 2]);
-  for (size_t i = 0, j = static_cast<size_t>(level.hgt) - 1; i < j; ++i, --j)
-    std::swap_ranges(pixels + i * rowSize, pixels + (i + 1) * rowSize, pixels + j * rowSize);
-}
-
-bool IsOpaqueBlock(DDDS::Format format, const uint8_t* block)
-{
-  uint64_t words[2] = {};
-  std::memcpy(words, block, BlockSize(format));
-  if (format == DDDS::DXT3)
-    return words[0] == ~uint64_t{0};
-  if (format == DDDS::DXT5) // both ends opaque, or all pixels at the end that is
-    return (words[0] & 0xFFFF) == 0xFFFF || ((words[0] & 0xFF) == 0xFF && words[0] >> 16 == 0);
-  const auto first = static_cast<uint16_t>(words[0]);
-  const auto second = static_cast<uint16_t>(words[0] >> 16);
-  const auto indices = static_cast<uint32_t>(words[0] >> 32);
+  if (FORMAT == DDDS::DXT3)
+    return block.alpha == ~uint64_t{0};
+  if (FORMAT == DDDS::DXT5) // both ends opaque, or all pixels at the end that is
+    return (block.alpha & 0xFFFF) == 0xFFFF || ((block.alpha & 0xFF) == 0xFF && block.alpha >> 16 == 0);
+  const auto first = static_cast<uint16_t>(block.colors);
+  const auto second = static_cast<uint16_t>(block.colors >> 16);
+  const auto indices = static_cast<uint32_t>(block.colors >> 32);
   return first > second || (indices & indices >> 1 & 0x55555555) == 0; // index 3 is the invisible one
 }
 
-bool IsOpaque(DDDS::Format format, const DDDS::Level& level)
+// A row of blocks to its place. True when any pixel isn't opaque.
+template <DDDS::Format FORMAT, int COUNT>
+bool FlipBlocks(std::span<const std::byte> from, std::byte* to)
 {
-  const auto* pixels = reinterpret_cast<const uint8_t*>(level.pixels.data());
-  const size_t step = BlockSize(format);
-  for (size_t at = 0; at < level.pixels.size(); at += step)
-    if (format == DDDS::PLAIN ? pixels[at + 3] < 255 : !IsOpaqueBlock(format, pixels + at))
-      return false;
-  return true;
+  constexpr size_t SIZE = BlockSize(FORMAT);
+  bool opaque = true;
+  for (size_t at = 0; at < from.size(); at += SIZE) {
+    const auto block = LoadBlock<FORMAT>(from.data() + at);
+    opaque = opaque && IsOpaque<FORMAT>(block);
+    StoreBlock<FORMAT>(FlipBlock<FORMAT, COUNT>(block), to + at);
+  }
+  return !opaque;
+}
+
+// A level that is less than a block high has only the block's first rows.
+template <DDDS::Format FORMAT>
+bool FlipBlocks(std::span<const std::byte> from, std::byte* to, int hgt)
+{
+  switch (hgt) {
+  case 1:
+    return FlipBlocks<FORMAT, 1>(from, to);
+  case 2:
+    return FlipBlocks<FORMAT, 2>(from, to);
+  case 3:
+    return FlipBlocks<FORMAT, 3>(from, to);
+  default:
+    return FlipBlocks<FORMAT, 4>(from, to);
+  }
+}
+
+// A row of pixels; blue and red change places.
+bool SwapRow(std::span<const std::byte> from, std::byte* to)
+{
+  uint32_t all = ~uint32_t{0};
+  for (size_t at = 0; at < from.size(); at += 4) {
+    uint32_t pixel;
+    std::memcpy(&pixel, from.data() + at, sizeof pixel);
+    all &= pixel;
+    pixel = (pixel & 0xFF00FF00) | (pixel & 0xFF) << 16 | (pixel >> 16 & 0xFF);
+    std::memcpy(to + at, &pixel, sizeof pixel);
+  }
+  return all >> 24 != 0xFF;
+}
+
+bool PutRow(DDDS::Format format, std::span<const std::byte> from, std::byte* to, int hgt)
+{
+  switch (format) {
+  case DDDS::DXT1:
+    return FlipBlocks<DDDS::DXT1>(from, to, hgt);
+  case DDDS::DXT3:
+    return FlipBlocks<DDDS::DXT3>(from, to, hgt);
+  case DDDS::DXT5:
+    return FlipBlocks<DDDS::DXT5>(from, to, hgt);
+  default:
+    return SwapRow(from, to);
+  }
 }
 
 GLenum InternalFormat(DDDS::Format format)
@@ -226,71 +250,95 @@ bool DDDS::ReadHeader(std::span<const std::byte> header)
   return true;
 }
 
-// Each level's size is known by its number; none may go beyond the file.
-bool DDDS::FindLevels(std::span<std::byte> bytes)
+size_t DDDS::RowSize(const Level& level) const
 {
+  const int across = format == PLAIN ? level.wid : (level.wid + 3) / 4;
+  return static_cast<size_t>(across) * BlockSize(format);
+}
+
+size_t DDDS::Rows(const Level& level) const
+{
+  return static_cast<size_t>(format == PLAIN ? level.hgt : (level.hgt + 3) / 4);
+}
+
+// Each level's size is known by its number; none may go beyond the file. Only then is their memory taken.
+bool DDDS::AllocLevels(size_t bytes)
+{
+  size_t whole = 0;
   for (int i = 0; i < mipCount; ++i) {
-    const int w = std::max(wid >> i, 1);
-    const int h = std::max(hgt >> i, 1);
-    const size_t across = static_cast<size_t>(format == PLAIN ? w : (w + 3) / 4);
-    const size_t down = static_cast<size_t>(format == PLAIN ? h : (h + 3) / 4);
-    const size_t size = across * down * BlockSize(format);
-    if (size > bytes.size()) {
+    const Level level{std::max(wid >> i, 1), std::max(hgt >> i, 1), {}};
+    whole += RowSize(level) * Rows(level);
+    if (whole > bytes) {
       QERR("DDDS:Load(%s); mipmap level %d goes beyond the file's end", name.c_str(), i);
       return false;
     }
-    levels[static_cast<size_t>(levelCount++)] = {w, h, bytes.first(size)};
-    bytes = bytes.subspan(size);
+    levels[static_cast<size_t>(i)] = level;
+  }
+  try {
+    pixels = QBlock(whole);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  levelCount = mipCount;
+  std::span<std::byte> left(pixels.Data(), whole);
+  for (Level& level : std::span(levels).first(static_cast<size_t>(levelCount))) {
+    level.pixels = left.first(RowSize(level) * Rows(level));
+    left = left.subspan(level.pixels.size());
   }
   return true;
 }
 
-void DDDS::Flip()
+// Rows come from the top and go to their place from the bottom, turned on the way. False when the file ends early.
+bool DDDS::ReadLevel(QPieceReader& in, const Level& level, bool& seesThrough) const
 {
-  for (const Level& level : Levels())
-    switch (format) {
-    case DXT1:
-      FlipBlocks<DXT1>(level);
-      break;
-    case DXT3:
-      FlipBlocks<DXT3>(level);
-      break;
-    case DXT5:
-      FlipBlocks<DXT5>(level);
-      break;
-    default:
-      FlipPlain(level);
+  const size_t rowSize = RowSize(level);
+  const size_t rows = Rows(level);
+  const size_t rowsAPiece = std::max<size_t>(QPieceReader::PIECE / rowSize, 1);
+  std::byte* to = level.pixels.data() + level.pixels.size();
+  for (size_t row = 0; row < rows; row += rowsAPiece) {
+    const size_t count = std::min(rowsAPiece, rows - row);
+    const auto piece = in.Take(count * rowSize);
+    if (piece.empty())
+      return false;
+    for (size_t i = 0; i < count; ++i) {
+      to -= rowSize;
+      seesThrough |= PutRow(format, piece.subspan(i * rowSize, rowSize), to, level.hgt);
     }
+  }
+  return true;
 }
 
-bool DDDS::Decode(size_t size)
+bool DDDS::Decode(QPieceReader& in)
 {
   levelCount = 0;
-  const std::span<std::byte> bytes(file.Data(), size);
-  if (size < 4 + HEADER_SIZE || std::memcmp(file.Data(), "DDS ", 4) != 0 || !ReadHeader(bytes.subspan(4, HEADER_SIZE)))
+  const auto header = in.Take(4 + HEADER_SIZE);
+  if (header.empty() || std::memcmp(header.data(), "DDS ", 4) != 0 || !ReadHeader(header.subspan(4)) ||
+      !AllocLevels(in.Left()))
     return false;
-  if (!FindLevels(bytes.subspan(4 + HEADER_SIZE))) {
-    levelCount = 0;
-    return false;
+  for (int i = 0; i < levelCount; ++i) {
+    bool seesThrough = false;
+    if (!ReadLevel(in, levels[static_cast<size_t>(i)], seesThrough)) {
+      levelCount = 0;
+      return false;
+    }
+    if (i == 0)
+      transparent = seesThrough;
   }
-  transparent = !IsOpaque(format, levels[0]);
-  Flip();
   return true;
 }
 
 bool DDDS::Load(const std::string& fileName)
 {
   name = fileName;
-  size_t size = 0;
-  return QReadFile(fileName, file, size, true) && Decode(size);
+  QPieceReader in(fileName);
+  return in.IsOpen() && Decode(in);
 }
 
 bool DDDS::Load(std::span<const std::byte> bytes, const std::string& fileName)
 {
   name = fileName;
-  file = QBlock(bytes.size());
-  std::ranges::copy(bytes, file.Data());
-  return Decode(bytes.size());
+  QPieceReader in(bytes);
+  return Decode(in);
 }
 
 std::shared_ptr<DTexture> DDDS::CreateTexture()

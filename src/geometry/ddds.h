@@ -10,6 +10,7 @@
 #include <string>
 
 class DTexture;
+class QPieceReader;
 
 // A DDS picture with its levels, as it goes to OpenGL: turned upside down, since its origin is the top.
 class DDDS
@@ -26,7 +27,7 @@ public:
   struct Level
   {
     int wid, hgt;
-    std::span<std::byte> pixels; // into the file's bytes
+    std::span<std::byte> pixels;
   };
 
   // From the disk or an open archive. False when there is no such file or its bytes aren't such a picture; kinds that
@@ -44,13 +45,15 @@ public:
   std::shared_ptr<DTexture> CreateTexture();
 
 private:
-  bool Decode(size_t size);
+  bool Decode(QPieceReader& in);
   bool ReadHeader(std::span<const std::byte> header);
-  bool FindLevels(std::span<std::byte> bytes);
-  void Flip();
+  size_t RowSize(const Level& level) const; // bytes of a row of blocks, or of pixels
+  size_t Rows(const Level& level) const;
+  bool AllocLevels(size_t bytes);
+  bool ReadLevel(QPieceReader& in, const Level& level, bool& seesThrough) const;
 
   std::string name;
-  QBlock file;
+  QBlock pixels; // of all levels
   int wid = 0;
   int hgt = 0;
   int mipCount = 0;

@@ -1,6 +1,7 @@
 #include "foundation/qbmp.h"
 #include "foundation/qfile.h"
 #include "foundation/qimage.h"
+#include "foundation/qjpg.h"
 #include "foundation/qmip.h"
 #include "foundation/qpsd.h"
 #include "foundation/qrgb.h"
@@ -204,6 +205,30 @@ TEST(Pictures, DamagedFilesAreRefused)
     }
 }
 
+// The header promises it, but its pixels can't be told; nothing of an earlier picture shows in it.
+TEST(Pictures, JpegsOfTwoComponentsAreBlack)
+{
+  QBitMap white(32, 600, 600); // of a size whose memory is kept
+  white.Fill(nullptr, QColor(255, 255, 255, 255));
+  std::string file = QWriteJPG(white, 50, "white");
+  white.Free();
+  const size_t frame = file.find("\xFF\xC0");
+  ASSERT_LT(frame, file.size());
+  file[frame + 3] = 8 + 2 * 3;
+  file[frame + 9] = 2;
+  file.erase(frame + 10 + 2 * 3, 3);
+  const size_t scan = file.find("\xFF\xDA");
+  ASSERT_LT(scan, file.size());
+  file[scan + 3] = 6 + 2 * 2;
+  file[scan + 4] = 2;
+  file.erase(scan + 5 + 2 * 2, 2);
+  ReportCapture reports;
+  QBitMap picture;
+  EXPECT_TRUE(QReadJPG(std::as_bytes(std::span(file)), picture, "two"));
+  EXPECT_TRUE(reports.Contains("QImage:ReadJPG(two); unsupported number of components (2)")) << reports.All();
+  EXPECT_EQ(std::vector<uint8_t>(600 * 600 * 4), FromTop(picture));
+}
+
 TEST(Pictures, IndexedOnesRunFromTheTop)
 {
   QBitMap picture;
@@ -218,8 +243,9 @@ TEST(Pictures, IndexedOnesRunFromTheTop)
 // A green layer without alpha, and a half transparent red one over its middle.
 TEST(Pictures, LayersComposeInOrder)
 {
+  const std::vector<std::byte> file = Corpus("psd/packed"); // its layers lie in there
   QPSD psd;
-  ASSERT_TRUE(psd.Load(Corpus("psd/packed")));
+  ASSERT_TRUE(psd.Load(file));
   ASSERT_EQ(2u, psd.Layers().size());
   QBitMap picture(32, psd.GetWidth(), psd.GetHeight());
   psd.Render(picture);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/stat.h>
 
 namespace {
@@ -166,6 +167,87 @@ TEST(TgaRead, EveryShortenedFileEndsCleanly)
       QBitMap picture;
       EXPECT_EQ(length == whole.size(), Decode(whole.substr(0, length), picture));
       EXPECT_EQ(length == whole.size() ? 0 : 1, reports.Problems());
+    }
+}
+
+namespace {
+
+// Pixels of four bytes in file order, mostly in short runs.
+std::string RandomPixels(std::mt19937& random, size_t count)
+{
+  std::string pixels;
+  while (pixels.size() < count * 4) {
+    char pixel[4];
+    for (char& c : pixel)
+      c = static_cast<char>(random());
+    for (size_t same = random() % 8 == 0 ? random() % 300 : random() % 3 + 1; same > 0; --same)
+      pixels.append(pixel, 4);
+  }
+  return pixels.substr(0, count * 4);
+}
+
+// Packets that heed no rows; the last may be longer than the picture.
+std::string PackRuns(std::mt19937& random, const std::string& pixels)
+{
+  std::string body;
+  const size_t count = pixels.size() / 4;
+  for (size_t at = 0; at < count;) {
+    size_t same = 1;
+    while (same < 128 && at + same < count && pixels.compare(4 * at, 4, pixels, 4 * (at + same), 4) == 0)
+      ++same;
+    const size_t raw = std::min(count - at, random() % (random() % 8 == 0 ? 128 : 5) + 1);
+    const bool run = same > 1 || random() % 16 == 0;
+    const bool last = at + (run ? same : raw) == count;
+    body += static_cast<char>(last ? (run ? 0xFF : 0x7F) : run ? 0x80 | (same - 1) : raw - 1);
+    body += pixels.substr(4 * at, run ? 4 : 4 * raw);
+    at += run ? same : raw;
+  }
+  return body;
+}
+
+// Row by row and pixel by pixel, as a picture's memory has them.
+std::vector<uint8_t> InMemory(const std::string& pixels, int wid, int hgt, bool topFirst)
+{
+  std::vector<uint8_t> memory;
+  for (int row = 0; row < hgt; ++row)
+    for (int x = 0; x < wid; ++x) {
+      const auto at = 4 * static_cast<size_t>((topFirst ? hgt - 1 - row : row) * wid + x);
+      for (const size_t channel : {2u, 1u, 0u, 3u})
+        memory.push_back(static_cast<uint8_t>(pixels[at + channel]));
+    }
+  return memory;
+}
+
+std::vector<uint8_t> Memory(const QBitMap& picture)
+{
+  return {picture.GetBuffer(), picture.GetBuffer() + picture.GetMemSize()};
+}
+
+} // namespace
+
+// Of widths around what is copied at a time, and of files larger than what is read at a time.
+TEST(TgaRead, IsTheSameAsPixelByPixel)
+{
+  const int sizes[][2] = {{1, 1},  {1, 40},  {3, 5},     {15, 3},    {16, 2},     {17, 9},
+                          {47, 7}, {129, 5}, {400, 401}, {1025, 77}, {1027, 1025}};
+  const TempDir dir;
+  std::mt19937 random(1);
+  for (const auto& [wid, hgt] : sizes)
+    for (const int descriptor : {0, 32}) {
+      SCOPED_TRACE(std::to_string(wid) + "x" + std::to_string(hgt) + ", descriptor " + std::to_string(descriptor));
+      const std::string pixels = RandomPixels(random, static_cast<size_t>(wid * hgt));
+      const std::string files[] = {TgaFile({2, 32, descriptor, 3}, wid, hgt, pixels),
+                                   TgaFile({10, 32, descriptor, 3}, wid, hgt, PackRuns(random, pixels))};
+      const std::vector<uint8_t> expected = InMemory(pixels, wid, hgt, descriptor != 0);
+      for (const std::string& file : files) {
+        QBitMap picture;
+        ASSERT_TRUE(Decode(file, picture));
+        EXPECT_TRUE(expected == Memory(picture)) << "from memory, kind " << int{file[2]};
+        EXPECT_TRUE(expected == Memory(QImage(dir.Write("a.tga", file)))) << "from the disk, kind " << int{file[2]};
+        ReportCapture reports;
+        EXPECT_TRUE(QImage(dir.Write("cut.tga", file.substr(0, file.size() - 1))).LoadFailed());
+        EXPECT_EQ(1, reports.Count("don't fit in")) << reports.All();
+      }
     }
 }
 

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
 // A file of this header and body.
@@ -69,6 +72,105 @@ TEST(DDS, LevelsAreTurnedUpsideDown)
   EXPECT_EQ("ccccfedc", Pixels(dds, 1));
   EXPECT_EQ("ccccedfg", Pixels(dds, 2));
   EXPECT_EQ("ccccefgh", Pixels(dds, 3));
+}
+
+namespace {
+
+// Bit by bit: each block goes to the mirrored row of blocks, and so do the first rows of its indices.
+std::string Flipped(const std::string& level, size_t across, int hgt, size_t blockSize, size_t alphaBits)
+{
+  std::string flipped(level.size(), '\0');
+  const size_t down = level.size() / (across * blockSize);
+  const auto bitAt = [](const std::string& bytes, size_t bit) { return bytes[bit / 8] >> bit % 8 & 1; };
+  for (size_t block = 0; block < across * down; ++block) {
+    const size_t from = block * blockSize * 8;
+    const size_t to = ((down - 1 - block / across) * across + block % across) * blockSize * 8;
+    for (size_t bit = 0; bit < blockSize * 8; ++bit) {
+      const bool isAlpha = bit < blockSize * 8 - 64;
+      const size_t rowBits = isAlpha ? alphaBits : 8;
+      const size_t start = (isAlpha ? 64 : blockSize * 8) - 4 * rowBits;
+      const auto rows = static_cast<size_t>(std::min(hgt, 4));
+      size_t target = bit;
+      if (bit >= start && (bit - start) / rowBits < rows)
+        target = start + (rows - 1 - (bit - start) / rowBits) * rowBits + (bit - start) % rowBits;
+      if (bitAt(level, from + bit))
+        flipped[(to + target) / 8] |= static_cast<char>(1 << (to + target) % 8);
+    }
+  }
+  return flipped;
+}
+
+} // namespace
+
+// Of sizes that blocks don't divide, with all levels, and of a file that is read in several pieces.
+TEST(DDS, IsTheSameAsBitByBit)
+{
+  const struct
+  {
+    const char* code;
+    size_t blockSize, alphaBits;
+  } formats[] = {{"DXT1", 8, 0}, {"DXT3", 16, 16}, {"DXT5", 16, 12}};
+  const int sizes[][2] = {{1, 1}, {3, 17}, {17, 3}, {5, 2}, {22, 13}, {700, 901}};
+  const TempDir dir;
+  std::mt19937 random(1);
+  for (const auto& f : formats)
+    for (const auto& [wid, hgt] : sizes) {
+      SCOPED_TRACE(std::string(f.code) + " " + std::to_string(wid) + "x" + std::to_string(hgt));
+      std::vector<std::string> levels, expected;
+      std::string body;
+      for (int w = wid, h = hgt; levels.empty() || w + h > 2; w = std::max(w / 2, 1), h = std::max(h / 2, 1)) {
+        const auto across = static_cast<size_t>((w + 3) / 4);
+        std::string level(across * static_cast<size_t>((h + 3) / 4) * f.blockSize, '\0');
+        std::ranges::generate(level, [&] { return static_cast<char>(random()); });
+        expected.push_back(Flipped(level, across, h, f.blockSize, f.alphaBits));
+        body += level;
+        levels.push_back(std::move(level));
+      }
+      const std::string file = DdsFile(static_cast<uint32_t>(wid), static_cast<uint32_t>(hgt),
+                                       static_cast<uint32_t>(levels.size()), f.code, body);
+      DDDS dds, fromDisk, cut;
+      ASSERT_TRUE(Load(dds, file));
+      ASSERT_TRUE(fromDisk.Load(dir.Write("a.dds", file + "more")));
+      ASSERT_EQ(levels.size(), dds.Levels().size());
+      for (size_t i = 0; i < levels.size(); ++i) {
+        EXPECT_TRUE(expected[i] == Pixels(dds, i)) << i;
+        EXPECT_TRUE(expected[i] == Pixels(fromDisk, i)) << i;
+      }
+      ReportCapture reports;
+      EXPECT_FALSE(cut.Load(dir.Write("cut.dds", file.substr(0, file.size() - 1))));
+      EXPECT_TRUE(cut.Levels().empty());
+    }
+}
+
+TEST(DDS, TheFirstLevelTellsOfTransparency)
+{
+  const std::string dxt1 = std::string("\2\0\1\0", 4) + "\xFF\xFF\xFF\xFF", hole = std::string("\1\0\2\0\0\xC0\0\0", 8);
+  const std::string full = std::string("\xFF\xFF", 2) + "abcdef" + dxt1,
+                    faint = std::string("\xFF\xFE", 2) + "abcdef" + dxt1;
+  const std::string first = std::string("\xFF\0\0\0\0\0\0\0", 8) + dxt1;
+  const std::string all = std::string(8, '\xFF') + dxt1, most = std::string(7, '\xFF') + "\xEF" + dxt1;
+  const struct
+  {
+    const char* name;
+    const char* code;
+    std::string blocks; // three below each other, and the level of half the size has two
+    bool transparent;
+  } cases[] = {
+      {"three colours and a hole in the last", "DXT1", dxt1 + dxt1 + hole + dxt1 + dxt1, true},
+      {"a hole in the smaller picture", "DXT1", dxt1 + dxt1 + dxt1 + hole + hole, false},
+      {"fifteen sixteenths", "DXT3", most + all + all + all + all, true},
+      {"all bits", "DXT3", all + all + all + most + most, false},
+      {"between two ends", "DXT5", full + faint + full + full + full, true},
+      {"at the opaque end", "DXT5", full + first + full + faint + faint, false},
+      {"a pixel", "", std::string(11, '\xFF') + "a" + std::string(36, '\xFF') + std::string(48, '\xFF'), true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ReportCapture reports;
+    DDDS dds;
+    ASSERT_TRUE(Load(dds, DdsFile(*c.code ? 4 : 1, 12, *c.code ? 2 : 1, c.code, c.blocks)));
+    EXPECT_EQ(c.transparent, dds.HasTransparency());
+  }
 }
 
 TEST(DDS, HeadersAreCheckedAgainstTheFile)
