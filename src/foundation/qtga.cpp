@@ -1,15 +1,12 @@
 #include "foundation/qtga.h"
 
 #include "foundation/qbytes.h"
+#include "foundation/qpastcache.h"
 #include "foundation/qreport.h"
 
 #include <algorithm>
-#include <bit>
 #include <climits>
 #include <cstring>
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace {
 
@@ -21,7 +18,6 @@ constexpr int GREY = 3;
 constexpr int RUN_LENGTH = 10;
 constexpr int TOP_FIRST = 32; // in the descriptor
 constexpr uint8_t RUN_BIT = 0x80;
-constexpr size_t BEYOND_CACHE = size_t{4} << 20;
 
 struct Header
 {
@@ -105,21 +101,17 @@ void ConvertPixels(const uint8_t* from, uint8_t* to, size_t count)
   }
 }
 
-// A picture that fits no cache goes to memory past it: its lines needn't be fetched to be overwritten.
-void SwapToMemory(const uint8_t* from, uint8_t* to, size_t count)
+void SwapPastCache(const uint8_t* from, uint8_t* to, size_t count)
 {
-#ifdef __SSE2__
   for (; count >= 4 && reinterpret_cast<uintptr_t>(to) % 16 == 0; count -= 4, from += 16, to += 16)
-    _mm_stream_si128(reinterpret_cast<__m128i*>(to), std::bit_cast<__m128i>(SwapRedBlue(Load(from))));
-  _mm_sfence();
-#endif
+    QStorePastCache(reinterpret_cast<QSixteenBytes>(SwapRedBlue(Load(from))), to);
   ConvertPixels<4>(from, to, count);
 }
 
 void Convert(const Header& h, const uint8_t* from, uint8_t* to, size_t count)
 {
-  if (h.pixDepth == 32 && h.Pixels() * 4 >= BEYOND_CACHE)
-    SwapToMemory(from, to, count);
+  if (h.pixDepth == 32 && h.Pixels() * 4 >= QBEYOND_CACHE)
+    SwapPastCache(from, to, count);
   else if (h.pixDepth == 32)
     ConvertPixels<4>(from, to, count);
   else if (h.pixDepth == 24)
@@ -149,6 +141,7 @@ bool ReadPlain(const Header& h, QPieceReader& file, const QBitMap& picture)
     for (size_t i = 0; i < count; ++i)
       Convert(h, from + i * rowSize, FileRow(h, picture, row + i), wid);
   }
+  QFinishStores();
   return true;
 }
 

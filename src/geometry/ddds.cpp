@@ -1,6 +1,7 @@
 #include "geometry/ddds.h"
 
 #include "foundation/qbytes.h"
+#include "foundation/qpastcache.h"
 #include "foundation/qpiecereader.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
@@ -41,11 +42,13 @@ BlockWords LoadBlock(const std::byte* from)
   return block;
 }
 
-template <DDDS::Format FORMAT>
+template <DDDS::Format FORMAT, bool BIG>
 void StoreBlock(const BlockWords& block, std::byte* to)
 {
   if constexpr (FORMAT == DDDS::DXT1)
     std::memcpy(to, &block.colors, 8);
+  else if constexpr (BIG)
+    QStorePastCache(QSixteenBytes{block.alpha, block.colors}, to);
   else
     std::memcpy(to, &block, 16);
 }
@@ -91,7 +94,7 @@ bool IsOpaque(const BlockWords& block)
 }
 
 // A row of blocks to its place. True when any pixel isn't opaque.
-template <DDDS::Format FORMAT, int COUNT>
+template <DDDS::Format FORMAT, int COUNT, bool BIG = false>
 bool FlipBlocks(std::span<const std::byte> from, std::byte* to)
 {
   constexpr size_t SIZE = BlockSize(FORMAT);
@@ -99,16 +102,16 @@ bool FlipBlocks(std::span<const std::byte> from, std::byte* to)
   for (size_t at = 0; at < from.size(); at += SIZE) {
     const auto block = LoadBlock<FORMAT>(from.data() + at);
     opaque = opaque && IsOpaque<FORMAT>(block);
-    StoreBlock<FORMAT>(FlipBlock<FORMAT, COUNT>(block), to + at);
+    StoreBlock<FORMAT, BIG>(FlipBlock<FORMAT, COUNT>(block), to + at);
   }
   return !opaque;
 }
 
 // A level that is less than a block high has only the block's first rows.
 template <DDDS::Format FORMAT>
-bool FlipBlocks(std::span<const std::byte> from, std::byte* to, int hgt)
+bool FlipBlocks(std::span<const std::byte> from, std::byte* to, const DDDS::Level& level)
 {
-  switch (hgt) {
+  switch (level.hgt) {
   case 1:
     return FlipBlocks<FORMAT, 1>(from, to);
   case 2:
@@ -116,7 +119,8 @@ bool FlipBlocks(std::span<const std::byte> from, std::byte* to, int hgt)
   case 3:
     return FlipBlocks<FORMAT, 3>(from, to);
   default:
-    return FlipBlocks<FORMAT, 4>(from, to);
+    return level.pixels.size() < QBEYOND_CACHE ? FlipBlocks<FORMAT, 4>(from, to)
+                                               : FlipBlocks<FORMAT, 4, true>(from, to);
   }
 }
 
@@ -134,15 +138,15 @@ bool SwapRow(std::span<const std::byte> from, std::byte* to)
   return all >> 24 != 0xFF;
 }
 
-bool PutRow(DDDS::Format format, std::span<const std::byte> from, std::byte* to, int hgt)
+bool PutRow(DDDS::Format format, std::span<const std::byte> from, std::byte* to, const DDDS::Level& level)
 {
   switch (format) {
   case DDDS::DXT1:
-    return FlipBlocks<DDDS::DXT1>(from, to, hgt);
+    return FlipBlocks<DDDS::DXT1>(from, to, level);
   case DDDS::DXT3:
-    return FlipBlocks<DDDS::DXT3>(from, to, hgt);
+    return FlipBlocks<DDDS::DXT3>(from, to, level);
   case DDDS::DXT5:
-    return FlipBlocks<DDDS::DXT5>(from, to, hgt);
+    return FlipBlocks<DDDS::DXT5>(from, to, level);
   default:
     return SwapRow(from, to);
   }
@@ -302,9 +306,10 @@ bool DDDS::ReadLevel(QPieceReader& in, const Level& level, bool& seesThrough) co
       return false;
     for (size_t i = 0; i < count; ++i) {
       to -= rowSize;
-      seesThrough |= PutRow(format, piece.subspan(i * rowSize, rowSize), to, level.hgt);
+      seesThrough |= PutRow(format, piece.subspan(i * rowSize, rowSize), to, level);
     }
   }
+  QFinishStores();
   return true;
 }
 

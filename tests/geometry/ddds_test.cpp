@@ -102,7 +102,7 @@ std::string Flipped(const std::string& level, size_t across, int hgt, size_t blo
 
 } // namespace
 
-// Of sizes that blocks don't divide, with all levels, and of a file that is read in several pieces.
+// Of sizes that blocks don't divide, with all levels; of files that are read in several pieces or fit no cache.
 TEST(DDS, IsTheSameAsBitByBit)
 {
   const struct
@@ -110,11 +110,13 @@ TEST(DDS, IsTheSameAsBitByBit)
     const char* code;
     size_t blockSize, alphaBits;
   } formats[] = {{"DXT1", 8, 0}, {"DXT3", 16, 16}, {"DXT5", 16, 12}};
-  const int sizes[][2] = {{1, 1}, {3, 17}, {17, 3}, {5, 2}, {22, 13}, {700, 901}};
+  const int sizes[][2] = {{1, 1}, {3, 17}, {17, 3}, {5, 2}, {22, 13}, {700, 901}, {2060, 2050}};
   const TempDir dir;
   std::mt19937 random(1);
   for (const auto& f : formats)
     for (const auto& [wid, hgt] : sizes) {
+      if (wid > 2000 && f.alphaBits != 12)
+        continue; // one such takes a while
       SCOPED_TRACE(std::string(f.code) + " " + std::to_string(wid) + "x" + std::to_string(hgt));
       std::vector<std::string> levels, expected;
       std::string body;
