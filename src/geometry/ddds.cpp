@@ -281,6 +281,7 @@ bool DDDS::AllocLevels(size_t bytes)
   try {
     pixels = QBlock(whole);
   } catch (const std::bad_alloc&) {
+    QERR("DDDS:Load(%s); out of memory for mipmap level %d", name.c_str(), 0);
     return false;
   }
   levelCount = mipCount;
@@ -292,22 +293,27 @@ bool DDDS::AllocLevels(size_t bytes)
   return true;
 }
 
-// Rows come from the top and go to their place from the bottom, turned on the way. False when the file ends early.
+// Rows of blocks come from the top and go to their place from the bottom, turned on the way; rows of plain pixels stay
+// in their order. False when the file ends early.
 bool DDDS::ReadLevel(QPieceReader& in, const Level& level, bool& seesThrough) const
 {
   const size_t rowSize = RowSize(level);
   const size_t rows = Rows(level);
   const size_t rowsAPiece = std::max<size_t>(QPieceReader::PIECE / rowSize, 1);
-  std::byte* to = level.pixels.data() + level.pixels.size();
+  std::byte* to = level.pixels.data();
+  std::ptrdiff_t step = static_cast<std::ptrdiff_t>(rowSize);
+  if (format != PLAIN) {
+    to += level.pixels.size() - rowSize;
+    step = -step;
+  }
   for (size_t row = 0; row < rows; row += rowsAPiece) {
     const size_t count = std::min(rowsAPiece, rows - row);
     const auto piece = in.Take(count * rowSize);
     if (piece.empty())
       return false;
-    for (size_t i = 0; i < count; ++i) {
-      to -= rowSize;
-      seesThrough |= PutRow(format, piece.subspan(i * rowSize, rowSize), to, level);
-    }
+    for (size_t i = 0; i < count; ++i)
+      seesThrough |=
+          PutRow(format, piece.subspan(i * rowSize, rowSize), to + step * static_cast<std::ptrdiff_t>(row + i), level);
   }
   QFinishStores();
   return true;

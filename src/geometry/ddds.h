@@ -12,7 +12,8 @@
 class DTexture;
 class QPieceReader;
 
-// A DDS picture with its levels, as it goes to OpenGL: turned upside down, since its origin is the top.
+// A DDS picture with its levels, as it goes to OpenGL: blocks turned upside down, since their origin is the top. The
+// simulator doesn't turn plain pixels, so neither is done here.
 class DDDS
 {
 public:
