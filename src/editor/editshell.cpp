@@ -1,9 +1,8 @@
 #include "editor/editshell.h"
 
 #include "editor/editicon.h"
+#include "editor/editmodes.h"
 #include "editor/editwidgets.h"
-#include "editor/pendingmode.h"
-#include "editor/positionsmode.h"
 #include "foundation/qdbgsetup.h"
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
@@ -138,11 +137,8 @@ void EditShell::CreateView()
 
 void EditShell::CreateModes()
 {
-  modes[0] = std::make_unique<PositionsMode>(state, *this, view);
-  for (size_t i = 1; i < modes.size(); ++i) {
-    std::string name = EditWidgets::modeLabels[i];
-    modes[i] = std::make_unique<PendingMode>(*this, name.substr(0, name.rfind(" (")));
-  }
+  for (size_t i = 0; i < modes.size(); ++i)
+    modes[i] = MakeEditMode(static_cast<int>(i), state, *this, view);
 }
 
 void EditShell::ReadTransform()

@@ -1,0 +1,27 @@
+#include "editor/editmodes.h"
+
+#include "editor/editwidgets.h"
+#include "editor/pendingmode.h"
+#include "editor/positionsmode.h"
+
+#include <string>
+
+namespace {
+
+std::unique_ptr<EditMode> MakePending(int slot, EditHost& host)
+{
+  const std::string label = EditWidgets::modeLabels[static_cast<size_t>(slot)];
+  return std::make_unique<PendingMode>(host, label.substr(0, label.rfind(" (")));
+}
+
+} // namespace
+
+std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& host, EditView& view)
+{
+  switch (slot) {
+  case 0:
+    return std::make_unique<PositionsMode>(state, host, view);
+  default:
+    return MakePending(slot, host);
+  }
+}
