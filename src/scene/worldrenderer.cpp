@@ -1,6 +1,7 @@
 #include "scene/worldrenderer.h"
 
 #include "foundation/qreport.h"
+#include "geometry/dcubemap.h"
 #include "geometry/dgeob.h"
 #include "geometry/dshader.h"
 #include "scene/dcamera.h"
@@ -12,7 +13,12 @@
 #include <cmath>
 
 WorldRenderer::WorldRenderer(WorldScene& painted) : scene(painted), painter(std::make_unique<RenderPainter>())
-{}
+{
+  for (size_t i = 0; i < cubeMaps.size(); ++i) {
+    cubeMaps[i] = std::make_unique<DCubeMap>();
+    cubeMaps[i]->SetName(("cubeMap" + std::to_string(i)).c_str());
+  }
+}
 
 WorldRenderer::~WorldRenderer() = default;
 

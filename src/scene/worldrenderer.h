@@ -16,6 +16,7 @@
 #include <vector>
 
 class DCamera;
+class DCubeMap;
 class DGeob;
 class DPipe;
 class DShader;
@@ -113,6 +114,8 @@ public:
   int concurrentLights = 7;
   std::array<float, 10> genericSignal{}; // for trying things out in programs and tools
   int bloomWidth = 512, bloomHeight = 512;
+  // Surroundings for shaders that mirror them; nothing paints into them yet.
+  std::array<std::unique_ptr<DCubeMap>, 10> cubeMaps;
 
 private:
   void SetFlag(uint32_t mask, bool on) { flags = on ? flags | mask : flags & ~mask; }

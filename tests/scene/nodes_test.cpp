@@ -4,6 +4,7 @@
 #include "scene/scenery.h"
 #include "scene/worldeffectnodes.h"
 #include "scene/worldnodes.h"
+#include "scene/worldrenderer.h"
 #include "support/reportcapture.h"
 #include "support/tempdir.h"
 
@@ -184,10 +185,13 @@ TEST(Scene, ShowsItselfOnce)
   EXPECT_EQ(scene.GetSystem(), root.FindChild("scenegraph"));
   EXPECT_FALSE(scene.ExposeSystem(root));
   EXPECT_TRUE(reports.Contains("ExposeSystem duplicate call"));
-  float eye = 0.06f;
-  scene.GetSystem()->Publish("eye_distance", "m", eye);
-  *scene.GetSystem()->Find("eye_distance") = 0.07f;
-  EXPECT_EQ(0.07f, eye);
+  const QSystemNode* shown = scene.GetSystem()->FindChild("renderer");
+  ASSERT_NE(nullptr, shown);
+  EXPECT_EQ(16, shown->GetNoofValues());
+  *shown->Find("eye_distance") = 0.07f;
+  EXPECT_EQ(0.07f, scene.GetRenderer()->eyeDistance);
+  EXPECT_EQ(7, *shown->FindInt("concurrent_lights"));
+  EXPECT_EQ(&scene.GetRenderer()->genericSignal[9], shown->Find("generic_signal9"));
   EXPECT_EQ(nullptr, scene.GetSystem()->Find("eye"));
 }
 

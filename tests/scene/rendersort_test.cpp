@@ -39,6 +39,15 @@ TEST(RenderSort, ShadersGoByTheirTermsInOrder)
   rows.push_back(OneLayerShader(300, 1, DShaderLayer::NO_DEPTH_TEST | 0x20000));
   rows.push_back(OneLayerShader(300, 1, DShaderLayer::DEPTH_WRITE | 0x20000));
   rows.push_back(OneLayerShader(300, 1, DShaderLayer::DEPTH_WRITE));
+  rows.push_back(OneLayerShader(300, 1, DShaderLayer::DEPTH_WRITE));
+  rows.back().fragmentProgram = 1;
+  rows.back().vertexProgram = 7;
+  rows.push_back(OneLayerShader(300, 1, DShaderLayer::DEPTH_WRITE));
+  rows.back().fragmentProgram = 2;
+  rows.back().vertexProgram = 3;
+  rows.push_back(OneLayerShader(300, 1, DShaderLayer::DEPTH_WRITE));
+  rows.back().fragmentProgram = 2;
+  rows.back().vertexProgram = 4;
   rows.push_back(OneLayerShader(300, 1, 0));
   rows.push_back(OneLayerShader(300, BLEND, DShaderLayer::NO_DEPTH_TEST));
   rows.push_back(OneLayerShader(300, BLEND));
