@@ -413,3 +413,9 @@ bool DShaderLoader::Parse(const QInfo& info, const std::string& treeName, DShade
   CheckPrograms(shader);
   return true;
 }
+
+bool DShaderLoader::Parse(std::string_view)
+{
+  QWARN("Parse(txt) NYI");
+  return false;
+}

@@ -18,4 +18,6 @@ public:
   // False, with the shader untouched, when the tree's name doesn't begin with "shader_".
   static bool Parse(const QInfo& info, const std::string& treeName, DShader& shader, std::string_view path = {},
                     bool loadMaps = true);
+  // A shader that is a text by itself: not read yet, which is reported. False.
+  static bool Parse(std::string_view text);
 };

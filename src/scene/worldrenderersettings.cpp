@@ -75,6 +75,8 @@ void WorldRenderer::LoadPaintSettings(const QInfo& info, const std::string& key)
   }
   bloomWidth = info.GetInt(key + ".bloom.width", 512);
   bloomHeight = info.GetInt(key + ".bloom.height", 512);
+  if (const std::string name = key + ".motion_blur.enable"; info.GetBool(name, false))
+    QWARN("%s=1, but motion blur isn't painted; it is off", name.c_str());
   if (const std::string name = key + ".depth_of_field"; info.GetBool(name, false))
     QERR("%s=1, but this is not yet supported", name.c_str());
   SetFlag(WORKAROUNDS, info.GetBool(key + ".ati", false));
