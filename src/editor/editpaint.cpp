@@ -78,6 +78,7 @@ void EditShell::PaintAll()
     shell.GetCanvas().SetColor(PX_BLACK);
     shell.GetCanvas().Clear();
   }
+  PaintMiniMap();
   PaintPanels();
   shell.GetCanvas().Swap();
 }
@@ -168,6 +169,40 @@ void EditShell::PaintPanels()
   cv.Rectfill(0, bottom, shell.GetWidth(), shell.GetHeight() - bottom);
   cv.Rectfill(right, 0, shell.GetWidth() - right, shell.GetHeight());
   app.GetWindowManager()->PaintChildren();
+  cv.End();
+}
+
+void EditShell::BakeMiniMap()
+{
+  RMiniMap& map = manager->GetMiniMap();
+  map.Clear();
+  if (!state.curTrack || !(manager->flags & RManager::MINIMAP))
+    return;
+  const RSplineRep& road = state.curTrack->splines;
+  std::vector<RMiniMap::Edge> edges;
+  for (const RSplineLine& line : road.lines)
+    edges.push_back({line.left, line.right});
+  const int* at = manager->minimap;
+  map.Bake(edges, road.flags & RSplineRep::CLOSED, road.paintStart, road.paintEnd, {at[0], at[1], at[2], at[3]});
+}
+
+// The road in white and the camera in red.
+void EditShell::PaintMiniMap()
+{
+  const RMiniMap& map = manager->GetMiniMap();
+  if (map.IsEmpty())
+    return;
+  QCanvas& cv = app.GetShell()->GetCanvas();
+  const auto lines = map.GetLines();
+  const auto pixel = [](float at) { return static_cast<int>(std::lround(at)); };
+  cv.Begin();
+  cv.Set2D();
+  cv.SetColor(PX_WHITE);
+  for (size_t i = 0; i + 1 < lines.size(); i += 2)
+    cv.Line(pixel(lines[i].x), pixel(lines[i].y), pixel(lines[i + 1].x), pixel(lines[i + 1].y));
+  const DVector2 camera = map.ToMap(state.camera.transform.pos);
+  cv.SetColor(255, 0, 0);
+  cv.Rectfill(pixel(camera.x) - 2, pixel(camera.y) - 2, 5, 5);
   cv.End();
 }
 

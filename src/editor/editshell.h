@@ -86,6 +86,8 @@ private:
   void PaintPanels();
   void PaintDialog();
   void PaintHud();
+  void BakeMiniMap();
+  void PaintMiniMap();
 
   // Events.
   bool OnClick(const QEvent& event);

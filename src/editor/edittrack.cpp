@@ -123,6 +123,7 @@ void EditShell::LoadTrack()
     }
     state.trackReady = true;
   }
+  BakeMiniMap();
   state.camera.ZeroSpeeds();
 }
 

@@ -2,6 +2,8 @@
 
 #include "foundation/qlanguage.h"
 #include "foundation/qpath.h"
+#include "runtime/rminimap.h"
+#include "runtime/rresourcemanager.h"
 
 #include <cstdint>
 #include <functional>
@@ -92,6 +94,10 @@ public:
   void SetTrack(std::unique_ptr<RTrackBase> newTrack);
   RTrackBase* GetTrack() { return track.get(); } // null: none
 
+  RResourceManager& GetResources() { return resources; }
+  // Empty until the current track's road was baked into it.
+  RMiniMap& GetMiniMap() { return miniMap; }
+
   // 1, with a report, when there is no renderer yet.
   int GetMonitors() const;
   // Where shader files are looked for: the directory, then the program's own.
@@ -142,6 +148,8 @@ private:
   QLanguage language;
   std::unique_ptr<QLanguage> languageFallback; // null: the selected one is English
   std::function<void()> checkProblems;
+  RResourceManager resources;
+  RMiniMap miniMap;
 };
 // Null while there is none.
 RManager* RMGR();
