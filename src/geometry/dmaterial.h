@@ -13,6 +13,7 @@ class DGeode;
 class DShader;
 class DTexture;
 class DofReader;
+struct RSurfaceType;
 class DofWriter;
 
 struct DMaterialLayer
@@ -68,7 +69,8 @@ public:
   std::vector<std::shared_ptr<DTexture>> texture; // shared with the texture pool and other materials
   std::vector<DMaterialLayer> layer;
   std::vector<std::unique_ptr<DMaterial>> sub;
-  DShader* shader = nullptr; // not owned
+  DShader* shader = nullptr;             // not owned
+  const RSurfaceType* surface = nullptr; // how it is driven on, as the track says; not owned
 
   int TextureCount() const { return static_cast<int>(texture.size()); }
   int LayerCount() const { return static_cast<int>(layer.size()); }

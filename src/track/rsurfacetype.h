@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geometry/dvector.h"
+#include "track/rroadnoise.h"
 
 #include <cstdint>
 #include <string>
@@ -25,11 +26,15 @@ struct RSurfaceType
   float rollingResistanceFactor = 1;
   float gripDeclineDriveline = 0;
   float viscosity = 0;
-  float roadNoise = 0; // metres
+  float roadNoise = 0; // metres, what the noise is multiplied by
+  RRoadNoise noise;
   float steerNoise = 0;
   DVector3 dustColor{1.0f};
   std::string name;
+  std::string pattern; // of the materials that it holds for
 
+  // The height that the ground's unevenness adds at a place, in metres.
+  float NoiseAt(float x, float z) const;
   // key: of the section, "surfaces.surf0". False when the type has no such name (reported); the rest is read.
   bool Load(const QInfo& info, const std::string& key, bool useRoadNoise);
   // "unknownsurf" out of range (reported).

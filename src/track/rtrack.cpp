@@ -53,6 +53,11 @@ bool RTrack::Load()
   return LoadSpecial();
 }
 
+void RTrack::ApplySurfaceTypeToMaterials(const RSurfaceType&, const std::string& pattern)
+{
+  QLOG("No surfaces found that match pattern '%s'\n", pattern.c_str());
+}
+
 bool RTrack::LoadIdentity()
 {
   const std::string path = RFindPath("track.ini", trackDir);
@@ -75,6 +80,7 @@ bool RTrack::LoadIdentity()
     id = UNKNOWN_ID;
   }
   info.GetString("track.version", version, "049f");
+  AfterRead(info);
   return true;
 }
 

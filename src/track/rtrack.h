@@ -33,6 +33,8 @@ struct RTrackHost
   const QInfo* settings = nullptr; // the application's settings; null: all defaults. Outlives the track
   WorldScene* scene = nullptr;     // gets the scenery; null: nothing is shown. Outlives the track
   bool noSplines = false;          // "spline.ini" is opened, but not read
+  // Gets each of the track's files but special.ini when all that is wanted of it was read.
+  std::function<void(const QInfo&)> afterRead = nullptr;
 };
 
 // One directory data/tracks/<name>/ without its scenery: identity, positions, lines, cameras, points, road.
@@ -136,6 +138,8 @@ public:
   // Writes special.ini, traffic.ini and spline.ini as one set. False (reported) with all files as they were.
   virtual bool Save();
   virtual bool CollisionOBB() { return false; }
+  // Materials of the scenery whose names match the pattern get the surface. Said when there are none.
+  virtual void ApplySurfaceTypeToMaterials(const RSurfaceType& surface, const std::string& pattern);
   virtual void Paint(DOverlay&) {}
   virtual void PaintLines(DOverlay&) const {}
 
@@ -171,6 +175,11 @@ protected:
   void NoteUnreadable(const QInfo& info);
   // What was kept of special.ini is that file again.
   void RereadSpecial();
+  void AfterRead(const QInfo& info) const
+  {
+    if (host.afterRead)
+      host.afterRead(info);
+  }
   // A file of the track's own directory.
   std::string PathOf(std::string_view leaf) const { return trackDir + "/" + std::string(leaf); }
   bool Setting(std::string_view path, bool otherwise) const;

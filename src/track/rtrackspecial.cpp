@@ -61,7 +61,7 @@ bool RTrack::LoadSpecial()
   LoadBoxes();
   LoadPaceNotes();
   LoadLidar();
-  trafficGrid.Load(PathOf("traffic.ini"));
+  trafficGrid.Load(PathOf("traffic.ini"), host.afterRead);
   if (trafficGrid.unreadable)
     unreadable.push_back(PathOf("traffic.ini"));
   LoadPositions();
@@ -181,6 +181,7 @@ void RTrack::LoadSplines()
     if (!(flags & POINT_TO_POINT))
       splines.flags |= RSplineRep::CLOSED;
     splines.Load(info);
+    AfterRead(info);
   }
   trackLength = splines.GetTrackLength();
   WidenStart();
@@ -397,11 +398,14 @@ bool RTrack::LoadSurfaceTypes()
       break;
     }
     good = surface->Load(*special, section.Str(), useRoadNoise) && good;
+    ApplySurfaceTypeToMaterials(*surface, surface->pattern);
     static_cast<void>(surfaces.Add(std::move(surface)));
   }
   if (surfaces.Count() == 0) {
     QWARN("No surfaces defined in special.ini; creating stub");
-    static_cast<void>(surfaces.Add(std::make_unique<RSurfaceType>()));
+    auto stub = std::make_unique<RSurfaceType>();
+    ApplySurfaceTypeToMaterials(*stub, "*");
+    static_cast<void>(surfaces.Add(std::move(stub)));
   }
   return good;
 }

@@ -3,6 +3,7 @@
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qinfoiterator.h"
+#include "foundation/qmatch.h"
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
@@ -91,6 +92,25 @@ bool RTrackVRML::LoadScenery()
   return true;
 }
 
+void RTrackVRML::ApplySurfaceTypeToMaterials(const RSurfaceType& surface, const std::string& pattern)
+{
+  bool matched = false;
+  const auto apply = [&](const auto& self, DMaterial& material) -> void {
+    if (QMatch(pattern.c_str(), material.name.c_str())) {
+      material.surface = &surface;
+      matched = true;
+    }
+    for (const auto& sub : material.sub)
+      self(self, *sub);
+  };
+  for (const auto& node : nodes)
+    if (DGeode* geode = node->Geode())
+      for (const auto& material : geode->material)
+        apply(apply, *material);
+  if (!matched)
+    QLOG("No surfaces found that match pattern '%s'\n", pattern.c_str());
+}
+
 // The path stays set while the nodes load: a file of the skin goes before one of the track.
 void RTrackVRML::LoadShaders()
 {
@@ -147,6 +167,7 @@ void RTrackVRML::LoadNodes()
     if (progressCallback && !progressCallback(done + total, total * 2, text.c_str()))
       break;
   }
+  AfterRead(info);
   QDBG("Load visible objects done\n");
 }
 

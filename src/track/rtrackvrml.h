@@ -17,6 +17,7 @@ public:
 
   // False without "track.ini". What else can't be loaded is reported and left out.
   bool Load() override;
+  void ApplySurfaceTypeToMaterials(const RSurfaceType& surface, const std::string& pattern) override;
   // All four files of the track as one set: false (reported) with all of them as they were.
   bool Save() override;
   bool CollisionOBB() override;

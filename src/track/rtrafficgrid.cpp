@@ -43,7 +43,7 @@ int WholeVelocity(float velocity)
 
 } // namespace
 
-bool RTrafficGrid::Load(const std::string& path)
+bool RTrafficGrid::Load(const std::string& path, const std::function<void(const QInfo&)>& afterRead)
 {
   const QInfo info(path, QInfo::NO_OPEN_WARNING);
   unreadable = info.IsUnreadable();
@@ -67,6 +67,8 @@ bool RTrafficGrid::Load(const std::string& path)
     car.wayPoint = info.GetInt(key + ".waypoint");
     static_cast<void>(cars.Add(std::move(car)));
   }
+  if (afterRead)
+    afterRead(info);
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include "geometry/dvector.h"
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,8 @@ public:
 
   bool unreadable = false; // the file is there, but Load couldn't read it
 
-  // False, with nothing changed, when there is no such file.
-  bool Load(const std::string& path);
+  // False, with nothing changed, when there is no such file. afterRead gets the file when all that is wanted was read.
+  bool Load(const std::string& path, const std::function<void(const QInfo&)>& afterRead = {});
   // Cars and keys that aren't the grid's stay as they are.
   void Save(QInfo& info) const;
   // False when the file couldn't be written.

@@ -49,7 +49,7 @@ void WriteGrid(DemoIni& ini, const DemoCourse& course)
     WriteLine(ini, DemoNumbered("pos", n, 1), place.from, place.to);
     ini.Close();
   }
-  ini.Comment("the marshals' own note").Key("procedure", "standing").Close();
+  ini.Close();
 }
 
 void WritePits(DemoIni& ini, const DemoCourse& course)
@@ -83,7 +83,7 @@ void WritePits(DemoIni& ini, const DemoCourse& course)
       }
     ini.Key("from", ends[0]).Key("to", ends[1]).Close();
   }
-  ini.Comment("km/h").Key("speed_limit", 80).Close();
+  ini.Close();
 }
 
 void WriteLines(DemoIni& ini, const DemoCourse& course)
@@ -246,7 +246,6 @@ std::string DemoSpecialIni(const DemoCourse& course)
   DemoIni ini;
   ini.Comment("What the simulator must know of this track beyond its scenery.");
   ini.Comment("Lengths in metres, y is up. The editor writes what it changes and leaves the rest as it stands.");
-  ini.Open("author").Key("made_by", "pavex-demo").Key("notes", "kept by the editor, read by nobody").Close();
   WriteGrid(ini, course);
   WritePits(ini, course);
   WriteLines(ini, course);

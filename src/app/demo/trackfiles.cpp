@@ -107,9 +107,7 @@ std::string DemoTrackIni(const DemoCourse& course)
   ini.Comment("Who and what this track is. The editor only reads this file.").Open("track");
   ini.Key("name", title).Key("creator", "pavex-demo").Key("type", "vrml");
   ini.Key("length", std::to_string(std::lround(course.length)) + " m").Key("id", course.name);
-  ini.Key("version", "049f").Key("preview", 1).Key("racing_class", 0).Key("skin", 0);
-  ini.Comment("for the menus of the simulator");
-  ini.Key("country", "nl").Key("pitboxes", course.pits.Exist() ? 10 : 0).Close();
+  ini.Key("version", "049f").Key("preview", 1).Key("racing_class", 0).Key("skin", 0).Close();
   return ini.Take();
 }
 

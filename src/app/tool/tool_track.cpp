@@ -3,6 +3,7 @@
 #include "foundation/qinfo.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
+#include "track/rtrackcheck.h"
 #include "track/rtrackvrml.h"
 
 #include <array>
@@ -25,13 +26,20 @@ bool ShowProgress(int current, int total, const char*)
   return true;
 }
 
+// Said when it isn't.
+bool IsTrackName(const std::string& name)
+{
+  if (!name.empty() && name != "." && name != ".." && name.find_first_of("/\\") == std::string::npos)
+    return true;
+  ToolFail("'%s' isn't the name of a directory in data/tracks", name.c_str());
+  return false;
+}
+
 // Null when it failed, which is then said.
 std::unique_ptr<RTrackVRML> LoadTrack(const std::string& name)
 {
-  if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\") != std::string::npos) {
-    ToolFail("'%s' isn't the name of a directory in data/tracks", name.c_str());
+  if (!IsTrackName(name))
     return nullptr;
-  }
   // Nothing is drawn: neither shaders nor textures are asked for.
   DGlobals().shadersOn = false;
   DGlobals().texturesOn = false;
@@ -301,6 +309,19 @@ int RunSave(const ToolArgs& args)
                        : ToolFail("can't save track '%s' in %s", args.Text(0).c_str(), track->trackDir.c_str());
 }
 
+int RunCheck(const ToolArgs& args)
+{
+  if (!IsTrackName(args.Text(0)))
+    return TOOL_FAILED;
+  int status = TOOL_DONE;
+  for (const RTrackFinding& finding : RCheckTrack(args.Text(0), Settings())) {
+    ToolPrint(std::string(RTrackFinding::Word(finding.severity)) + ": " + finding.file + ": " + finding.text + "\n");
+    if (finding.severity >= RTrackFinding::PROBLEM)
+      status = TOOL_FAILED;
+  }
+  return status;
+}
+
 } // namespace
 
 std::vector<ToolVerb> ToolTrackVerbs()
@@ -308,6 +329,7 @@ std::vector<ToolVerb> ToolTrackVerbs()
   return {
       {"track", "info", "What a track holds, in numbers", {{"TRACK"}}, RunInfo},
       {"track", "dump", "All records of a track", {{"TRACK"}}, RunDump},
+      {"track", "check", "What an author should know of, a line each", {{"TRACK"}}, RunCheck},
       {"track", "save", "Load a track and save it, as the editor does", {{"TRACK"}}, RunSave},
   };
 }
