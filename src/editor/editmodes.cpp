@@ -3,6 +3,7 @@
 #include "editor/editwidgets.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
+#include "editor/trafficmode.h"
 
 #include <string>
 
@@ -21,6 +22,8 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
   switch (slot) {
   case 0:
     return std::make_unique<PositionsMode>(state, host, view);
+  case 7:
+    return std::make_unique<TrafficMode>(state, host);
   default:
     return MakePending(slot, host);
   }

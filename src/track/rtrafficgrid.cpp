@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <vector>
 
 namespace {
 
@@ -17,22 +18,18 @@ std::string WayPointKey(int i)
   return "waypoints.waypoint" + std::to_string(i);
 }
 
+constexpr std::array<const char*, RTrafficWayPoint::DIRECTIONS> LINK_KEYS = {".forward", ".left", ".right"};
+
 RTrafficWayPoint LoadWayPoint(const QInfo& info, const std::string& key)
 {
   RTrafficWayPoint w;
   w.pos = GetVector(info, key + ".pos");
-  info.GetInts(key + ".forward", 3, w.forward.data());
-  info.GetInts(key + ".left", 3, w.left.data());
-  info.GetInts(key + ".right", 3, w.right.data());
+  for (size_t i = 0; i < LINK_KEYS.size(); ++i)
+    info.GetInts(key + LINK_KEYS[i], 1, &w.links[i]); // of a list the first
   w.flags = info.GetInt(key + ".flags");
   const int velocity = info.GetInt(key + ".velocity");
   w.velocity = velocity == 0 ? DEFAULT_VELOCITY : static_cast<float>(velocity);
   return w;
-}
-
-std::string LinkText(const RTrafficWayPoint::Links& links)
-{
-  return std::to_string(links[0]) + " " + std::to_string(links[1]) + " " + std::to_string(links[2]);
 }
 
 int WholeVelocity(float velocity)
@@ -79,9 +76,8 @@ void RTrafficGrid::Save(QInfo& info) const
   for (const RTrafficWayPoint& w : wayPoints) {
     const std::string key = WayPointKey(i++);
     SetVector(info, key + ".pos", w.pos);
-    info.SetString(key + ".forward", LinkText(w.forward));
-    info.SetString(key + ".left", LinkText(w.left));
-    info.SetString(key + ".right", LinkText(w.right));
+    for (size_t k = 0; k < LINK_KEYS.size(); ++k)
+      info.SetInt(key + LINK_KEYS[k], w.links[k]);
     info.SetInt(key + ".flags", w.flags);
     info.SetInt(key + ".velocity", WholeVelocity(w.velocity));
   }
@@ -104,13 +100,11 @@ bool RTrafficGrid::Remove(int index)
   if (!wayPoints.Remove(index))
     return false;
   for (RTrafficWayPoint& w : wayPoints) {
-    for (RTrafficWayPoint::Links* links : {&w.forward, &w.left, &w.right}) {
-      for (int& link : *links) {
-        if (link == index)
-          link = -1;
-        else if (link > index)
-          --link;
-      }
+    for (int& link : w.links) {
+      if (link == index)
+        link = -1;
+      else if (link > index)
+        --link;
     }
   }
   return true;
@@ -128,9 +122,8 @@ bool RTrafficGrid::WarpCar(int car, int wayPoint, DVector3& position, DVector3& 
     return false;
   }
   const RTrafficWayPoint* next = nullptr;
-  for (const RTrafficWayPoint::Links* links : {&w->forward, &w->left, &w->right})
-    for (int link : *links)
-      next = next ? next : wayPoints.At(link);
+  for (int link : w->links)
+    next = next ? next : wayPoints.At(link);
   if (!next) {
     QWARN("RTrafficGrid::WarpCarToWayPoint() Need waypoint to warp to");
     return false;
@@ -142,17 +135,52 @@ bool RTrafficGrid::WarpCar(int car, int wayPoint, DVector3& position, DVector3& 
 
 void RTrafficGrid::Paint(DOverlay& overlay) const
 {
+  PaintPoints(overlay);
+  DOverlayStyle style;
   int i = 0;
   for (const RTrafficWayPoint& w : wayPoints) {
-    DOverlayStyle style;
-    style.color = i == selected ? QColor(255, 204, 204) : QColor(255, 0, 0);
     std::array<char, 80> label;
     std::snprintf(label.data(), label.size(), "WP %d, %.1f m/s", i, static_cast<double>(w.velocity));
+    style.color = i == selected ? QColor(255, 100, 100) : QColor(255, 255, 255);
     overlay.Text(w.pos, label.data(), style);
-    for (const RTrafficWayPoint::Links* links : {&w.forward, &w.left, &w.right})
-      for (int link : *links)
-        if (const RTrafficWayPoint* to = wayPoints.At(link))
-          overlay.Line(w.pos, to->pos, style);
     ++i;
   }
+  PaintLinks(overlay);
+}
+
+// Two calls for all: there can be thousands.
+void RTrafficGrid::PaintPoints(DOverlay& overlay) const
+{
+  std::vector<DVector3> points;
+  points.reserve(static_cast<size_t>(wayPoints.Count()));
+  int i = 0;
+  for (const RTrafficWayPoint& w : wayPoints)
+    if (i++ != selected)
+      points.push_back(w.pos);
+  DOverlayStyle style;
+  style.width = 10;
+  style.color = QColor(255, 0, 0);
+  overlay.Points(points, style);
+  style.color = QColor(255, 204, 204);
+  if (const RTrafficWayPoint* w = wayPoints.At(selected))
+    overlay.Points({&w->pos, 1}, style);
+}
+
+void RTrafficGrid::PaintLinks(DOverlay& overlay) const
+{
+  std::vector<DVector3> ends;
+  for (const RTrafficWayPoint& w : wayPoints)
+    for (int link : w.links)
+      if (const RTrafficWayPoint* to = wayPoints.At(link))
+        ends.insert(ends.end(), {w.pos, to->pos});
+  DOverlayStyle style;
+  style.color = QColor(0, 255, 0);
+  overlay.Lines(ends, style);
+  const RTrafficWayPoint* from = wayPoints.At(selected);
+  if (!from)
+    return;
+  const char* letters[] = {"F", "L", "R"};
+  for (size_t i = 0; i < from->links.size(); ++i)
+    if (const RTrafficWayPoint* to = wayPoints.At(from->links[i]))
+      overlay.Text((from->pos + to->pos) * 0.5f, letters[i], style);
 }

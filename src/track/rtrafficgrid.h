@@ -6,20 +6,24 @@
 #include <array>
 #include <functional>
 #include <string>
-#include <vector>
 
 class DOverlay;
 class QInfo;
 
-// A place that traffic drives through, with up to nine ways on.
+// A place that traffic drives through, with up to three ways on.
 struct RTrafficWayPoint
 {
-  using Links = std::array<int, 3>; // numbers of way points, -1 for none
+  enum Direction
+  {
+    FORWARD,
+    LEFT,
+    RIGHT
+  };
+  static constexpr int DIRECTIONS = 3;
   DVector3 pos{0.0f};
   float velocity = 20; // m/s; a whole number in the file
-  Links forward{-1, -1, -1};
-  Links left{-1, -1, -1};
-  Links right{-1, -1, -1};
+  // By direction: the number of the next way point, -1 for none. What came from a file may name none that exists.
+  std::array<int, DIRECTIONS> links{-1, -1, -1};
   int flags = 0;
 };
 
@@ -55,5 +59,10 @@ public:
   // Where the car stands when put on a way point: on it, facing the next, with a second point a metre behind.
   // False when car or way point don't exist or no way leads on (reported).
   bool WarpCar(int car, int wayPoint, DVector3& position, DVector3& behind) const;
+  // Way points, their labels, their links; the selected one stands out, and its links are named.
   void Paint(DOverlay& overlay) const;
+
+private:
+  void PaintPoints(DOverlay& overlay) const;
+  void PaintLinks(DOverlay& overlay) const;
 };

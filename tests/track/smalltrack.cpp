@@ -135,17 +135,17 @@ waypoints
   waypoint0
   {
     pos=0 0 0
-    forward=1 -1 -1
-    left=-1 -1 -1
-    right=-1 -1 -1
+    forward=1
+    left=-1
+    right=-1
     velocity=30
   }
   waypoint1
   {
     pos=0 0 50
-    forward=0 -1 -1
-    left=-1 -1 -1
-    right=-1 -1 -1
+    forward=0
+    left=-1
+    right=-1
   }
 }
 cars

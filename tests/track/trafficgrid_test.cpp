@@ -15,14 +15,14 @@ waypoints
   {
     pos=1 2 3
     velocity=0
-    forward=2 1
+    forward=2 1 1
     flags=5
   }
   waypoint1
   {
     pos=4 5 6
     velocity=13
-    left=2 -1 -1
+    left=2
     note=mine
   }
   waypoint2
@@ -53,7 +53,7 @@ TEST(TrafficGrid, ReadsUpToTheFirstGap)
   ASSERT_TRUE(grid.Load(dir.Write("traffic.ini", TEXT)));
   ASSERT_EQ(3, grid.wayPoints.Count());
   EXPECT_EQ(20, grid.wayPoints.At(0)->velocity);
-  EXPECT_EQ((RTrafficWayPoint::Links{2, 1, 0}), grid.wayPoints.At(0)->forward); // a missing link is way point 0
+  EXPECT_EQ((std::array<int, 3>{2, 0, 0}), grid.wayPoints.At(0)->links); // a missing link is way point 0
   EXPECT_EQ(13, grid.wayPoints.At(1)->velocity);
   ASSERT_EQ(1, grid.cars.Count());
   EXPECT_EQ("van", grid.cars.At(0)->car);
@@ -71,10 +71,10 @@ TEST(TrafficGrid, SavesWayPointsAndLeavesTheRest)
   ASSERT_TRUE(grid.Remove(2));
   ASSERT_TRUE(grid.Save(path));
   EXPECT_EQ("; cars drive here\nwaypoints\n{\n  count=2\n"
-            "  waypoint0\n  {\n    pos=1.000000 2.000000 3.000000\n    velocity=20\n    forward=-1 1 0\n    flags=5\n"
-            "    left=0 0 0\n    right=0 0 0\n  }\n"
-            "  waypoint1\n  {\n    pos=4.000000 5.000000 6.000000\n    velocity=9\n    left=-1 -1 -1\n    note=mine\n"
-            "    forward=0 0 0\n    right=0 0 0\n    flags=0\n  }\n"
+            "  waypoint0\n  {\n    pos=1.000000 2.000000 3.000000\n    velocity=20\n    forward=-1\n    flags=5\n"
+            "    left=0\n    right=0\n  }\n"
+            "  waypoint1\n  {\n    pos=4.000000 5.000000 6.000000\n    velocity=9\n    left=-1\n    note=mine\n"
+            "    forward=0\n    right=0\n    flags=0\n  }\n"
             "  waypoint2\n  {\n    pos=7 8 9\n  }\n}\n"
             "cars\n{\n  car0\n  {\n    car=van\n    waypoint=2\n  }\n  car2\n  {\n    car=bus\n  }\n}\n",
             FileText(path));
@@ -85,14 +85,14 @@ TEST(TrafficGrid, RenumbersLinksWhenAWayPointGoes)
   RTrafficGrid grid;
   for (int i = 0; i < 5; ++i)
     ASSERT_TRUE(grid.Add());
-  grid.wayPoints.At(0)->forward = {1, 2, 3};
-  grid.wayPoints.At(4)->right = {4, -1, 2};
+  grid.wayPoints.At(0)->links = {1, 2, 3};
+  grid.wayPoints.At(4)->links = {4, -1, 2};
   EXPECT_FALSE(grid.Remove(5));
   EXPECT_FALSE(grid.Remove(-1));
   ASSERT_TRUE(grid.Remove(2));
   EXPECT_EQ(4, grid.wayPoints.Count());
-  EXPECT_EQ((RTrafficWayPoint::Links{1, -1, 2}), grid.wayPoints.At(0)->forward);
-  EXPECT_EQ((RTrafficWayPoint::Links{3, -1, -1}), grid.wayPoints.At(3)->right);
+  EXPECT_EQ((std::array<int, 3>{1, -1, 2}), grid.wayPoints.At(0)->links);
+  EXPECT_EQ((std::array<int, 3>{3, -1, -1}), grid.wayPoints.At(3)->links);
 }
 
 TEST(TrafficGrid, TakesOneLessByHandThanFromAFile)
@@ -109,7 +109,7 @@ TEST(TrafficGrid, WarpsACarToAWayPointThatLeadsOn)
   RTrafficGrid grid;
   for (int i = 0; i < 3; ++i)
     ASSERT_TRUE(grid.Add());
-  grid.wayPoints.At(0)->left = {99, 1, -1};
+  grid.wayPoints.At(0)->links = {99, 1, -1};
   grid.wayPoints.At(1)->pos = {10, 0, 0};
   static_cast<void>(grid.cars.Add({"van", 0}));
   DVector3 at(9.0f), behind(9.0f);
@@ -131,14 +131,36 @@ TEST(TrafficGrid, PaintsLabelsAndTheLinksThatExist)
   ASSERT_TRUE(grid.Add() && grid.Add());
   grid.wayPoints.At(1)->pos = {5, 0, 0};
   grid.wayPoints.At(1)->velocity = 12.34f;
-  grid.wayPoints.At(0)->forward = {1, 77, -5};
+  grid.wayPoints.At(0)->links = {77, 1, -5};
+  grid.wayPoints.At(1)->links = {0, 0, 1};
   grid.selected = 1;
   RecordingOverlay overlay;
   grid.Paint(overlay);
-  ASSERT_EQ(3u, overlay.items.size());
-  EXPECT_EQ("WP 0, 20.0 m/s", overlay.items[0].text);
-  EXPECT_EQ(QColor(255, 0, 0).GetRGBA(), overlay.items[0].style.color.GetRGBA());
-  EXPECT_EQ((std::vector<DVector3>{{0, 0, 0}, {5, 0, 0}}), overlay.items[1].points);
-  EXPECT_EQ("WP 1, 12.3 m/s", overlay.items[2].text);
-  EXPECT_EQ(QColor(255, 204, 204).GetRGBA(), overlay.items[2].style.color.GetRGBA());
+  struct Painted
+  {
+    std::string kind, text;
+    uint32_t color;
+    float width;
+    std::vector<DVector3> points;
+  };
+  const DVector3 a(0, 0, 0), b(5, 0, 0), middle(2.5f, 0, 0);
+  const Painted expected[] = {
+      {"points", "", 0xFF0000FF, 10, {a}},
+      {"points", "", 0xFFCCCCFF, 10, {b}},
+      {"text", "WP 0, 20.0 m/s", 0xFFFFFFFF, 1, {a}},
+      {"text", "WP 1, 12.3 m/s", 0xFF6464FF, 1, {b}},
+      {"lines", "", 0x00FF00FF, 1, {a, b, b, a, b, a, b, b}},
+      {"text", "F", 0x00FF00FF, 1, {middle}},
+      {"text", "L", 0x00FF00FF, 1, {middle}},
+      {"text", "R", 0x00FF00FF, 1, {b}},
+  };
+  ASSERT_EQ(std::size(expected), overlay.items.size());
+  for (size_t i = 0; i < std::size(expected); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(expected[i].kind, overlay.items[i].kind);
+    EXPECT_EQ(expected[i].text, overlay.items[i].text);
+    EXPECT_EQ(expected[i].color, overlay.items[i].style.color.GetRGBA());
+    EXPECT_EQ(expected[i].width, overlay.items[i].style.width);
+    EXPECT_EQ(expected[i].points, overlay.items[i].points);
+  }
 }

@@ -219,8 +219,8 @@ ToolJson Json(const RTrafficWayPoint& w)
 {
   ToolJson json = ToolJson::Object();
   json.Add("pos", Json(w.pos)).Add("velocity", w.velocity);
-  json.Add("forward", ToolJson::Ints(w.forward)).Add("left", ToolJson::Ints(w.left));
-  json.Add("right", ToolJson::Ints(w.right)).Add("flags", w.flags);
+  json.Add("forward", w.links[RTrafficWayPoint::FORWARD]).Add("left", w.links[RTrafficWayPoint::LEFT]);
+  json.Add("right", w.links[RTrafficWayPoint::RIGHT]).Add("flags", w.flags);
   return json;
 }
 
