@@ -114,7 +114,8 @@ DCompiledProgram Program(Reader& r)
     p.unit = static_cast<int>(r.Number());
     const std::string initial = r.Text();
     p.initial.resize(initial.size() / sizeof(float));
-    std::memcpy(p.initial.data(), initial.data(), p.initial.size() * sizeof(float));
+    if (!p.initial.empty())
+      std::memcpy(p.initial.data(), initial.data(), p.initial.size() * sizeof(float));
     program.parameters.push_back(std::move(p));
   }
   for (int64_t i = r.Count(); i > 0 && !r.bad; --i) {

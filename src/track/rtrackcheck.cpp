@@ -64,7 +64,6 @@ private:
   void CheckSounds();
   void CheckRoad();
   void CheckPosts();
-  void CheckLinks(int i, const char* what, const RTrafficWayPoint::Links& links);
   void CheckTraffic();
 
   decltype(QReportSettings::tap) before;
@@ -281,31 +280,25 @@ void Checker::CheckPosts()
   }
 }
 
-void Checker::CheckLinks(int i, const char* what, const RTrafficWayPoint::Links& links)
-{
-  for (const int link : links)
-    if (link < -1 || link >= track->trafficGrid.wayPoints.Count())
-      Tell(Finding::PROBLEM, "traffic.ini", "way point %d leads %s to %d, which isn't there", i, what, link);
-    else if (link == i)
-      Tell(Finding::PROBLEM, "traffic.ini", "way point %d leads %s to itself", i, what);
-}
-
 void Checker::CheckTraffic()
 {
+  static constexpr const char* DIRECTIONS[] = {"forward", "left", "right"};
   const RTrafficGrid& grid = track->trafficGrid;
   std::set<int> reached;
   int i = 0;
   for (const RTrafficWayPoint& w : grid.wayPoints) {
-    CheckLinks(i, "forward", w.forward);
-    CheckLinks(i, "left", w.left);
-    CheckLinks(i, "right", w.right);
-    const auto leads = [](int link) { return link >= 0; };
-    if (std::ranges::none_of(w.forward, leads))
+    for (size_t d = 0; d < w.links.size(); ++d) {
+      const int link = w.links[d];
+      if (link < -1 || link >= grid.wayPoints.Count())
+        Tell(Finding::PROBLEM, "traffic.ini", "way point %d leads %s to %d, which isn't there", i, DIRECTIONS[d], link);
+      else if (link == i)
+        Tell(Finding::PROBLEM, "traffic.ini", "way point %d leads %s to itself", i, DIRECTIONS[d]);
+      reached.insert(link);
+    }
+    if (std::ranges::none_of(w.links, [](int link) { return link >= 0; }))
       Tell(Finding::WARNING, "traffic.ini", "way point %d leads nowhere", i);
     if (w.velocity <= 0)
       Tell(Finding::WARNING, "traffic.ini", "way point %d has a speed of %g m/s", i, double(w.velocity));
-    for (const auto* links : {&w.forward, &w.left, &w.right})
-      reached.insert(links->begin(), links->end());
     ++i;
   }
   for (i = 0; i < grid.wayPoints.Count(); ++i)

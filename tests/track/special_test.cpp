@@ -1,8 +1,11 @@
+#include "geometry/dgeode.h"
 #include "support/reportcapture.h"
 #include "track/smalltrack.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
+
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -296,4 +299,60 @@ TEST(TrackAudio, IsLouderNearby)
   EXPECT_FLOAT_EQ(0.75f, source.Hear({5, 0, 0}));
   EXPECT_EQ(uint32_t(RTrackAudio::PLAYING), source.flags);
   EXPECT_EQ(1, source.Hear({0, 0, 0}));
+}
+
+TEST(SpecialLoad, SurfacesHoldForMaterialsOfTheirPattern)
+{
+  SmallTrack small;
+  small.WriteModel("box.dof");
+  small.Write("geometry.ini", "objects\n{\n  box\n  {\n    file=box.dof\n  }\n}\n");
+  const auto load = [&small](const char* first, const char* second) {
+    small.Write("special.ini", std::string("surfaces\n{\n  surf0\n  {\n    type=road\n    pattern=") + first +
+                                   "\n  }\n  surf1\n  {\n    type=grass\n    pattern=" + second + "\n  }\n}\n");
+    return small.Load();
+  };
+  ReportCapture reports;
+  const auto surfaceOf = [](RTrackVRML& track) {
+    const RSurfaceType* surface = (*track.nodes.At(0))->Geode()->material.at(0)->surface;
+    return surface ? int(surface->type) : -1;
+  };
+  auto track = load("!nothing*", "none?");
+  ASSERT_TRUE(track);
+  EXPECT_EQ(0, surfaceOf(*track));
+  EXPECT_TRUE(reports.Contains("No surfaces found that match pattern 'none?'"));
+  track = load("!nothing*", "*");
+  EXPECT_EQ(1, surfaceOf(*track)); // the last one wins
+  small.Write("special.ini", "");
+  EXPECT_EQ(0, surfaceOf(*small.Load())); // the stand-in is for all
+}
+
+TEST(Surfaces, AreUneven)
+{
+  SmallTrack small;
+  small.Write("special.ini",
+              "surfaces\n{\n  surf0\n  {\n    type=road\n    road_noise=0.01\n    road_noise_frequency=1 2\n"
+              "    road_noise_amplitude=0.5\n    road_noise_threshold=0 9 0 0\n  }\n  surf1\n  {\n    type=kerb\n"
+              "    road_noise=0.1\n  }\n  surf2\n  {\n    type=water\n    road_noise=1\n  }\n}\n");
+  ReportCapture reports;
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  EXPECT_TRUE(reports.Contains(
+      "Surfacetype 0 road_noise_frequency and road_noise_amplitude don't have the same parameter count."));
+  const RSurfaceType& road = **track->surfaces.At(0);
+  float low = 0, high = 0, step = 0;
+  for (float x = -300; x < 300; x += 0.17f) {
+    const float here = road.NoiseAt(x, 7.3f);
+    EXPECT_EQ(here, road.NoiseAt(x, 7.3f));
+    step = std::max(step, std::abs(road.NoiseAt(x + 0.01f, 7.3f) - here));
+    low = std::min(low, here);
+    high = std::max(high, here);
+  }
+  // The second octave never reaches its threshold: half the amplitude is what is left.
+  EXPECT_LT(low, -0.001f);
+  EXPECT_GT(high, 0.001f);
+  EXPECT_LT(std::max(high, -low), 0.0076f);
+  EXPECT_LT(step, 0.0003f); // no jumps between cells
+  EXPECT_NEAR(0.1f * (std::sin(1.0f) + std::sin(2.0f)), (*track->surfaces.At(1))->NoiseAt(2, 1), 1e-6f);
+  EXPECT_EQ(0, (*track->surfaces.At(2))->NoiseAt(2, 1));
+  EXPECT_EQ(0, road.NoiseAt(1e30f, std::numeric_limits<float>::quiet_NaN()));
 }
