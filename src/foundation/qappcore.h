@@ -2,6 +2,7 @@
 
 #include "foundation/qlanguage.h"
 #include "foundation/qobject.h"
+#include "foundation/qsystemnode.h"
 #include "foundation/qtable.h"
 #include "foundation/qvirtualfilesystem.h"
 
@@ -46,6 +47,9 @@ public:
   // The archives whose members are there as files.
   QVirtualFileSystem& GetArchives() { return archives; }
 
+  // The root of the values that the parts of the program show to each other.
+  QSystemNode& GetSystem() { return system; }
+
   QLanguage& GetLanguage() { return language; }
   bool SetLanguage(const std::string& path) { return language.Load(path); }
 
@@ -70,6 +74,7 @@ private:
   std::string exePath;
   std::unique_ptr<QInfo> info;
   QVirtualFileSystem archives;
+  QSystemNode system{"system"};
   QLanguage language;
   DTable<CleanupProc, MAX_CLEANUP_PROC> cleanupProcs;
   DTable<CrashProc, MAX_CRASH_PROC> crashProcs;

@@ -5,6 +5,11 @@ QSystemNode* QSystemNode::AddChild(const char* name)
   return children.emplace_back(std::make_unique<QSystemNode>(name)).get();
 }
 
+void QSystemNode::RemoveChild(const QSystemNode* child)
+{
+  std::erase_if(children, [child](const auto& own) { return own.get() == child; });
+}
+
 QSystemNode* QSystemNode::FindChild(std::string_view name) const
 {
   for (const auto& child : children)

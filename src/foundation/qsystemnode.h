@@ -15,6 +15,7 @@ public:
   const char* GetClassName() const override { return "QSystemNode"; }
 
   QSystemNode* AddChild(const char* name);             // owned here
+  void RemoveChild(const QSystemNode* child);          // with all below it; another's child is left alone
   QSystemNode* FindChild(std::string_view name) const; // null when absent
   // The value is visited: it must outlive the node. Unit is for a reader's eyes: "m".
   void Publish(std::string_view name, std::string_view unit, float& value);

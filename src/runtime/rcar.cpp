@@ -1,5 +1,6 @@
 #include "runtime/rcar.h"
 
+#include "foundation/qappcore.h"
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
@@ -13,7 +14,14 @@ RCar::RCar(std::string_view carName, uint32_t creationFlags) : name(carName)
   Init(creationFlags);
 }
 
-RCar::~RCar() = default;
+RCar::~RCar()
+{
+  if (RManager* manager = RMGR())
+    if (RScene* scene = manager->GetScene(); scene && scene->HasCar(this))
+      scene->RemoveCar(this);
+  if (QAppCore* application = QAppCore::Get())
+    application->GetSystem().RemoveChild(system);
+}
 
 void RCar::Init(uint32_t creationFlags)
 {
@@ -21,12 +29,43 @@ void RCar::Init(uint32_t creationFlags)
   RManager* manager = RMGR();
   if (manager && manager->GetScene())
     index = manager->GetScene()->GetNoofCars();
+  Publish();
   WorldScene* world = manager ? manager->GetWorld() : nullptr;
   group = std::make_unique<WorldGroupNode>(world, "carGroup");
   if (world)
     world->AddNode(group.get());
   dir = "data/cars/" + name;
   ReadReference();
+  CreateCameras();
+}
+
+void RCar::Publish()
+{
+  QAppCore* application = QAppCore::Get();
+  if (!application)
+    return;
+  system = application->GetSystem().AddChild(("car" + std::to_string(index)).c_str());
+  QSystemNode& telemetry = *system->AddChild("telemetry");
+  telemetry.Publish("pos_x", "m", body.position.x);
+  telemetry.Publish("pos_y", "m", body.position.y);
+  telemetry.Publish("pos_z", "m", body.position.z);
+  telemetry.Publish("vel_x", "m/s", body.velocity.x);
+  telemetry.Publish("vel_y", "m/s", body.velocity.y);
+  telemetry.Publish("vel_z", "m/s", body.velocity.z);
+  telemetry.Publish("quat_x", "", body.rotation.x);
+  telemetry.Publish("quat_y", "", body.rotation.y);
+  telemetry.Publish("quat_z", "", body.rotation.z);
+  telemetry.Publish("quat_w", "", body.rotation.w);
+}
+
+void RCar::CreateCameras()
+{
+  for (auto& camera : cameras) {
+    camera = std::make_unique<RCamera>(*this);
+    cameraSet.AddCamera(camera.get());
+  }
+  director.AddRail(&cameraSet);
+  director.SetRail(0, 0);
 }
 
 // A skinned car is another car's model: its directory holds nothing but this file.

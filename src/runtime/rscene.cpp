@@ -94,7 +94,13 @@ void RScene::AddCar(RCar* car)
     return;
   }
   QWARN("RScene:AddCar(); new car doesn't have body model");
+  car->SetRadius(1.0f);
   cars.push_back(car);
+}
+
+bool RScene::HasCar(const RCar* car) const
+{
+  return std::find(cars.begin(), cars.end(), car) != cars.end();
 }
 
 void RScene::RemoveCar(RCar* car)

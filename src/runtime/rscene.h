@@ -48,6 +48,7 @@ public:
   void Paint();
   void AddCar(RCar* car); // reports at MAX_CARS
   void RemoveCar(RCar* car);
+  bool HasCar(const RCar* car) const;
   int GetNoofCars() const { return static_cast<int>(cars.size()); }
   RCar* GetFollowedCar() const { return followedCar; } // null: none
   WorldScene& GetWorld() { return world; }

@@ -1,5 +1,6 @@
 #include "foundation/qappcore.h"
 #include "foundation/qinfo.h"
+#include "foundation/qsystemnode.h"
 #include "runtime/rcar.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
@@ -146,6 +147,38 @@ TEST(Manager, LooksForShadersInTheGivenDirectoryFirst)
   EXPECT_STREQ("data/renderer/shaders", manager.GetShaderPaths().GetPath(1));
   manager.ResetShaderPaths();
   EXPECT_EQ(0, manager.GetShaderPaths().GetCount());
+}
+
+TEST(PreviewCar, ShowsItsBodyAndLeavesNothingBehind)
+{
+  ReportCapture reports;
+  const SettingsApp app("");
+  RManager manager(RManager::EDITOR);
+  manager.LoadConfig();
+  QSystemNode& system = QAppCore::Get()->GetSystem();
+  {
+    RCar car("lambomurcielago", 0);
+    ASSERT_NE(nullptr, system.FindChild("car0"));
+    const QSystemNode* telemetry = system.FindChild("car0")->FindChild("telemetry");
+    ASSERT_NE(nullptr, telemetry);
+    car.GetBody()->position = {1, 2, 3};
+    ASSERT_NE(nullptr, telemetry->Find("pos_z"));
+    EXPECT_EQ(3, *telemetry->Find("pos_z"));
+    ASSERT_NE(nullptr, telemetry->Find("quat_w"));
+    EXPECT_EQ(1, *telemetry->Find("quat_w"));
+    ASSERT_NE(nullptr, car.GetDirector().GetRail(0));
+    EXPECT_EQ(10, car.GetDirector().GetRail(0)->GetNoofCameras());
+    EXPECT_NE(nullptr, manager.GetWorld()->FindNode("carGroup"));
+    manager.GetScene()->AddCar(&car);
+    EXPECT_EQ(1.0f, car.GetRadius());
+    const RCar second("lambomurcielago", 0);
+    EXPECT_EQ(1, second.GetIndex());
+    EXPECT_NE(nullptr, system.FindChild("car1"));
+  }
+  EXPECT_EQ(0, manager.GetScene()->GetNoofCars());
+  EXPECT_EQ(nullptr, system.FindChild("car0"));
+  EXPECT_EQ(0, manager.GetWorld()->CountNodes());
+  EXPECT_EQ(1, reports.Problems()) << reports.All(); // it has no model
 }
 
 TEST(PreviewCar, NeedsNoFilesAndFollowsAReference)

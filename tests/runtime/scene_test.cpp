@@ -1,5 +1,6 @@
 #include "runtime/rscene.h"
 
+#include "runtime/rcar.h"
 #include "scene/dcamera.h"
 #include "scene/worldscene.h"
 #include "support/reportcapture.h"
@@ -88,9 +89,10 @@ TEST(Cars, FillTheSceneToItsLimit)
   ReportCapture reports;
   WorldScene world;
   RScene scene(world);
-  // The scene only keeps where a car is.
-  alignas(8) char places[RScene::MAX_CARS + 1];
-  const auto car = [&places](int i) { return reinterpret_cast<RCar*>(&places[i]); };
+  std::vector<std::unique_ptr<RCar>> cars;
+  while (cars.size() <= RScene::MAX_CARS)
+    cars.push_back(std::make_unique<RCar>("any", 0));
+  const auto car = [&cars](int i) { return cars[static_cast<size_t>(i)].get(); };
   for (int i = 0; i <= RScene::MAX_CARS; ++i)
     scene.AddCar(car(i));
   EXPECT_EQ(RScene::MAX_CARS, scene.GetNoofCars());
