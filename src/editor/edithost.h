@@ -2,6 +2,7 @@
 
 #include "foundation/qrect.h"
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,6 +25,35 @@ public:
   // The whole path of a file to read, or to write when the title tells of saving or export. Directory and filter are
   // remembered under the key. False on Cancel: path stays.
   virtual bool AskFile(const char* title, const char* key, std::string& path) = 0;
+
+  // For a mode that shows a motion of its own; EditPreview puts these together.
+  virtual int64_t Clock() const = 0; // monotonic milliseconds
+  // The whole picture as the state has it, seen at once: scene, overlay, panels. Takes some milliseconds in any case.
+  // The window system gets its answers, and no event is dispatched.
+  virtual void ShowFrame() = 0;
+  // The picture stays; as answering as ShowFrame.
+  virtual void Pause(int milliseconds) = 0;
+  // Forgets what was pressed since the events were last dispatched. Releases are kept, so that no key stays down.
+  virtual void DropPresses() = 0;
+};
+
+// While one lives a mode moves the view by itself. What the user presses meanwhile does nothing, later neither.
+class EditPreview
+{
+public:
+  explicit EditPreview(EditHost& shows) : host(shows), start(shows.Clock()) {}
+  ~EditPreview() { host.DropPresses(); }
+  EditPreview(const EditPreview&) = delete;
+  EditPreview& operator=(const EditPreview&) = delete;
+
+  int Elapsed() const { return static_cast<int>(host.Clock() - start); } // milliseconds
+  void Restart() { start = host.Clock(); }
+  void Show() { host.ShowFrame(); }
+  void Pause(int milliseconds) { host.Pause(milliseconds); }
+
+private:
+  EditHost& host;
+  int64_t start;
 };
 
 // An index below count, count itself for the empty answer ("a new one"), or -1 on Cancel. Asks again while the number

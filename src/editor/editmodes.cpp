@@ -4,6 +4,7 @@
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
 #include "editor/trafficmode.h"
+#include "editor/trackcamsmode.h"
 
 #include <string>
 
@@ -24,6 +25,8 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
     return std::make_unique<PositionsMode>(state, host, view);
   case 7:
     return std::make_unique<TrafficMode>(state, host);
+  case 1:
+    return std::make_unique<TrackCamsMode>(state, host, view);
   default:
     return MakePending(slot, host);
   }

@@ -15,6 +15,7 @@
 #include "ui/qapp.h"
 #include "ui/qfont.h"
 #include "ui/qgloverlay.h"
+#include "ui/qkeys.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,6 +25,7 @@
 namespace {
 
 constexpr int HUD_STEP = 16;
+constexpr int FRAME_REST = 10; // milliseconds between two pictures, for the rest of the machine
 const QColor WHITE(255, 255, 255);
 const QColor YELLOW(255, 255, 0);
 const QColor PICK_TOP(255, 255, 128);
@@ -43,7 +45,7 @@ const QColor GREEN(0, 255, 0);
 
 void EditShell::idleFunc()
 {
-  app.GetDisplay().Sleep(10);
+  app.GetDisplay().Sleep(FRAME_REST);
   PaintAll();
   if (!state.curTrack)
     return;
@@ -81,6 +83,33 @@ void EditShell::PaintAll()
   PaintMiniMap();
   PaintPanels();
   shell.GetCanvas().Swap();
+}
+
+int64_t EditShell::Clock() const
+{
+  return app.GetDisplay().Clock();
+}
+
+void EditShell::ShowFrame()
+{
+  Pause(FRAME_REST);
+  PaintAll();
+}
+
+void EditShell::Pause(int milliseconds)
+{
+  app.GetDisplay().Pump();
+  app.GetDisplay().Sleep(milliseconds);
+}
+
+void EditShell::DropPresses()
+{
+  QEvent event;
+  while (app.GetDisplay().NextEvent(event)) {
+    const bool pressed = event.type == QEvent::KEYPRESS && !QIsModifierKey(QKeyOf(event.n));
+    if (!pressed && event.type != QEvent::BUTTONPRESS && event.type != QEvent::WHEEL)
+      app.GetWindowManager()->Convert(event);
+  }
 }
 
 // The shell's widgets aren't painted without a track, but what asks the user must be seen.

@@ -9,6 +9,7 @@
 #include "foundation/qlog.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "runtime/rcar.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
 #include "scene/dcamera.h"
@@ -30,6 +31,7 @@
 
 namespace {
 
+constexpr const char* PREVIEW_CAR = "lambomurcielago"; // a directory's name, which need not be there
 constexpr const char* FONT = "data/fonts/eurostile11";
 constexpr int ANIMATED_MODE = 6;
 constexpr int TRAFFIC_MODE = 7;
@@ -92,6 +94,9 @@ void EditShell::Setup()
   manager->LoadConfig();
   manager->SetCheckProblems([this] { EndOnProblems(); });
   CreateView();
+  if (!previewCar)
+    previewCar = std::make_unique<RCar>(PREVIEW_CAR, 0);
+  state.previewCar = previewCar.get();
   ResetTrack();
   fps = std::make_unique<DFPS>(0);
   widgets = std::make_unique<EditWidgets>(*app.GetShell(), state.viewRect);
@@ -163,6 +168,8 @@ void EditShell::exitFunc()
   app.SetIdleProc(nullptr); // writing the settings may still ask, and then nothing of this may be painted
   app.SetEventProc(nullptr);
   StoreSettings();
+  state.previewCar = nullptr;
+  previewCar.reset();
   widgets.reset();
   state.SelectedNodes.clear();
   state.curTrack = nullptr;

@@ -19,6 +19,7 @@ class QFont;
 class QInfo;
 class QProgressDialog;
 class QTitleBar;
+class RCar;
 class RManager;
 struct QEvent;
 
@@ -59,6 +60,10 @@ public:
               const char* cancelText) override;
   bool AskText(const char* title, const char* prompt, std::string& text, int maxLength, const QRect* rect) override;
   bool AskFile(const char* title, const char* key, std::string& path) override;
+  int64_t Clock() const override;
+  void ShowFrame() override;
+  void Pause(int milliseconds) override;
+  void DropPresses() override;
 
   EditState& State() { return state; }
   const QInfo& Settings() const { return *settings; } // until exitFunc
@@ -112,6 +117,7 @@ private:
   EditState state;
   EditView view;
   std::unique_ptr<RManager> manager;
+  std::unique_ptr<RCar> previewCar; // hangs in the manager's scene
   std::unique_ptr<QFont> font;
   std::unique_ptr<QTitleBar> titleBar;
   std::unique_ptr<EditWidgets> widgets;

@@ -9,6 +9,7 @@
 #include <vector>
 
 class QInfo;
+class RCar;
 class RTrackVRML;
 class RTrackNode;
 
@@ -38,6 +39,10 @@ struct EditState
   DVector3 pickEnd{0.0f};
   std::vector<SelectedNode> SelectedNodes;
   std::vector<int> SelectedIndices; // spline lines
+  RCar* previewCar = nullptr;       // its body stands for the car that a track camera follows; owned by the shell
+  int trackCam = -1;                // the current one: an index of the track's table, its count or -1 for none
+  int keyFrame = 0;                 // selected one of the current track camera, or -1
+  int selectedSpline = -1;          // line of the road that a keyframe belongs to, or -1
 
   QRect viewRect{15, 32, 512, 512};
   int frameWidth = 640; // resolution.width and .height

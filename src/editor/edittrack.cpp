@@ -65,6 +65,7 @@ void EditShell::ResetView()
 void EditShell::ResetTrack()
 {
   state.curTrack = nullptr;
+  state.trackCam = -1;
   state.SelectedNodes.clear();
   state.SelectedIndices.clear();
   manager->SetTrack(nullptr);

@@ -380,6 +380,12 @@ bool QSDLDisplay::NextEvent(QEvent& event)
   return true;
 }
 
+void QSDLDisplay::Pump()
+{
+  if (open)
+    SDL_PumpEvents();
+}
+
 void QSDLDisplay::Take(const SDL_Event& event)
 {
   switch (event.type) {

@@ -35,6 +35,7 @@ public:
   void SelectContext() override;
   void Swap() override;
   bool NextEvent(QEvent& event) override;
+  void Pump() override;
   void Sleep(int milliseconds) override;
   int64_t Clock() const override;
   void ShowPointer(bool show) override;

@@ -20,6 +20,15 @@ void DCamera_TCamera::Update()
   SetFOV(trackCam.zoomNow);
 }
 
+void DCamera_TCamera::Preview(const DVector3& body, const DVector3& goal, int milliseconds)
+{
+  trackCam.AimAt(body, goal, milliseconds);
+  SetMethod(METHOD_LOOKAT);
+  SetFrom(trackCam.src.position);
+  SetTo(body);
+  SetFOV(trackCam.zoomNow);
+}
+
 bool DCamera_TCamera::IsGoodShot()
 {
   return !hasCar || !trackCam.HasLost(carPosition);

@@ -18,6 +18,9 @@ public:
   void SetCar(const DVector3& position, const DVector3& velocity);
   // Lets the track's camera follow the car, and looks as it does. Without a car the view stays.
   void Update() override;
+  // The view on a body where no car is followed: place and zoom are as for a car there, and the body is looked at. What
+  // the track's camera itself turns to is the goal. milliseconds since the last one.
+  void Preview(const DVector3& body, const DVector3& goal, int milliseconds);
   bool IsGoodShot() override; // until the car is lost
   bool IsCandidate() const;   // sees the car well enough to be taken
 

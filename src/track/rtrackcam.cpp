@@ -116,6 +116,27 @@ void RTrackCam::Follow(const DVector3& car, const DVector3& carVelocity, float d
   dst.Step(dt);
 }
 
+void RTrackCam::Rest(const DVector3& car, const DVector3& goal)
+{
+  Aim(car);
+  for (RSMD* spring : {&src, &dst})
+    spring->velocity = DVector3(0.0f);
+  src.position = posNow;
+  dst.position = goal;
+}
+
+void RTrackCam::AimAt(const DVector3& car, const DVector3& goal, int milliseconds)
+{
+  constexpr float STEP = 0.001f; // seconds
+  Aim(car);
+  src.SetTarget(posNow, DVector3(0.0f));
+  dst.SetTarget(goal, DVector3(0.0f));
+  for (int i = 0; i < milliseconds; ++i) {
+    src.Step(STEP);
+    dst.Step(STEP);
+  }
+}
+
 bool RTrackCam::IsCandidate(const DVector3& car) const
 {
   return DistanceSq(car, pos) <= radius * radius;

@@ -62,6 +62,10 @@ public:
   void Aim(const DVector3& car);
   // Aims, and moves the smoothed camera (src) and target (dst) by a step of dt seconds.
   void Follow(const DVector3& car, const DVector3& carVelocity, float dt = 0.001f);
+  // Aims, and puts the springs at rest on the camera's place and on the goal.
+  void Rest(const DVector3& car, const DVector3& goal);
+  // Aims, and lets the springs pull for some milliseconds to the camera's place and to the goal, which stands still.
+  void AimAt(const DVector3& car, const DVector3& goal, int milliseconds);
   // The car is near enough to be taken up.
   bool IsCandidate(const DVector3& car) const;
   bool HasLost(const DVector3& car) const;

@@ -1,9 +1,5 @@
-#include "geometry/doverlay.h"
+#include "track/rtrackshapes.h"
 #include "track/rtrackvrml.h"
-
-#include <cmath>
-#include <numbers>
-#include <span>
 
 namespace {
 
@@ -13,27 +9,6 @@ DOverlayStyle Style(const QColor& color, float width = 1)
   style.color = color;
   style.width = width;
   return style;
-}
-
-// A post at either end, and a line that joins their tops.
-void PaintFence(DOverlay& overlay, const DVector3& from, const DVector3& to, const DOverlayStyle& style)
-{
-  constexpr DVector3 UP{0, 1, 0};
-  const DVector3 points[] = {from, from + UP, to, to + UP, from + UP, to + UP};
-  overlay.Lines(points, style);
-}
-
-// Flat on the ground; the last point is the first again.
-void PaintCircle(DOverlay& overlay, const DVector3& center, float radius, const DOverlayStyle& style)
-{
-  constexpr int POINTS = 31;
-  constexpr float STEP = 12 * std::numbers::pi_v<float> / 180;
-  std::array<DVector3, POINTS> points;
-  for (int i = 0; i < POINTS; ++i) {
-    const float angle = static_cast<float>(i) * STEP;
-    points[static_cast<size_t>(i)] = center + radius * DVector3(std::sin(angle), 0, std::cos(angle));
-  }
-  overlay.LineLoop(points, style);
 }
 
 const QColor RED(255, 0, 0);
@@ -50,15 +25,15 @@ void RTrackVRML::PaintLines(DOverlay& overlay) const
   static const DOverlayStyle pitStyles[PITLINES] = {Style(GREEN, 5), Style(YELLOW, 2.5f),
                                                     Style(QColor(128, 128, 255), 2), Style(RED, 4)};
   for (const auto& line : timeLines)
-    PaintFence(overlay, line->from, line->to, Style(YELLOW));
+    RPaintFence(overlay, line->from, line->to, Style(YELLOW));
   for (const auto& line : triggerLines)
-    PaintFence(overlay, line->from, line->to, Style(RED));
+    RPaintFence(overlay, line->from, line->to, Style(RED));
   for (size_t i = 0; i < pitInOutLines.size(); ++i)
-    PaintFence(overlay, pitInOutLines[i].from, pitInOutLines[i].to, pitStyles[i]);
+    RPaintFence(overlay, pitInOutLines[i].from, pitInOutLines[i].to, pitStyles[i]);
   for (size_t i = 0; i < static_cast<size_t>(gridCount); ++i)
-    PaintFence(overlay, gridPos[i].from, gridPos[i].to, Style(GREEN));
+    RPaintFence(overlay, gridPos[i].from, gridPos[i].to, Style(GREEN));
   for (size_t i = 0; i < static_cast<size_t>(pitCount); ++i)
-    PaintFence(overlay, pitPos[i].from, pitPos[i].to, Style(MAGENTA));
+    RPaintFence(overlay, pitPos[i].from, pitPos[i].to, Style(MAGENTA));
 }
 
 void RTrackVRML::PaintCameras(DOverlay& overlay) const
@@ -67,7 +42,7 @@ void RTrackVRML::PaintCameras(DOverlay& overlay) const
     const bool selected = cam->flags & RTrackCam::SELECTED;
     const DOverlayStyle style = Style(selected ? PALE_RED : RED);
     overlay.Line(cam->pos, cam->pos2, style);
-    PaintCircle(overlay, cam->pos, cam->radius, style);
+    RPaintCircle(overlay, cam->pos, cam->radius, style);
     if (cam->flags & RTrackCam::DOLLY)
       overlay.Line(cam->pos, cam->posDolly, Style(selected ? PALE_GREEN : GREEN));
   }
@@ -76,7 +51,7 @@ void RTrackVRML::PaintCameras(DOverlay& overlay) const
 void RTrackVRML::PaintAudio(DOverlay& overlay) const
 {
   for (const auto& source : audio)
-    PaintCircle(overlay, source->pos, source->radius, Style(source->flags & RTrackAudio::SELECTED ? PALE_RED : RED));
+    RPaintCircle(overlay, source->pos, source->radius, Style(source->flags & RTrackAudio::SELECTED ? PALE_RED : RED));
 }
 
 void RTrackVRML::PaintWayPoints(DOverlay& overlay) const

@@ -63,6 +63,8 @@ public:
   // The next thing that happened, without waiting; false when there is none. win is null, positions stand in xRoot
   // and yRoot, n of a key is its number without modifiers.
   virtual bool NextEvent(QEvent& event) = 0;
+  // Answers the window system, and keeps what happened for NextEvent: for whoever is busy for long.
+  virtual void Pump() = 0;
   virtual void Sleep(int milliseconds) = 0;
   virtual int64_t Clock() const = 0; // monotonic milliseconds
 

@@ -33,6 +33,7 @@ public:
   // Runs the next step when nothing is waiting. A loop that goes on for idleLimit calls with nothing left to do is
   // told to close, so that a forgotten dialog fails a test instead of hanging it.
   bool NextEvent(QEvent& event) override;
+  void Pump() override {}
   void Sleep(int milliseconds) override { now += milliseconds; }
   int64_t Clock() const override { return now; }
   void ShowPointer(bool) override {}

@@ -3,6 +3,7 @@
 #include "editor/edithost.h"
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,19 @@ public:
     prompts.push_back(std::string(title) + ": " + key);
     return Answer(path);
   }
+  int64_t Clock() const override { return now; }
+  void ShowFrame() override
+  {
+    now += frameTime;
+    if (onFrame)
+      onFrame();
+  }
+  void Pause(int milliseconds) override { now += milliseconds; }
+  void DropPresses() override { ++presses; }
+  int64_t now = 1000;
+  int frameTime = 100;           // milliseconds that a picture takes
+  std::function<void()> onFrame; // looks at each picture
+  int presses = 0;               // how often they were dropped
 
 private:
   bool Answer(std::string& text)
