@@ -3,9 +3,30 @@
 #include "foundation/qrect.h"
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+
+struct QEvent;
+
+// A list to choose an item from, open beside the running editor until it is destroyed.
+class EditList
+{
+public:
+  enum class Answer
+  {
+    NONE,
+    OK,
+    CANCEL
+  };
+  virtual ~EditList() = default;
+  virtual int Cursor() const = 0; // -1: nothing is chosen
+  // The nearest item there is.
+  virtual void SetCursor(int i) = 0;
+  // What the event says on the list's buttons.
+  virtual Answer AnswerTo(const QEvent& event) = 0;
+};
 
 // What the modes and the view ask of the shell that has the window: buttons, HUD, dialogs. Tests answer themselves.
 class EditHost
@@ -35,6 +56,15 @@ public:
   virtual void Pause(int milliseconds) = 0;
   // Forgets what was pressed since the events were last dispatched. Releases are kept, so that no key stays down.
   virtual void DropPresses() = 0;
+  // Of at least one item.
+  virtual std::unique_ptr<EditList> OpenList(const char* title, std::span<const std::string> items) = 0;
+  // The mode's check box below the operation buttons; each change of mode hides it.
+  virtual void ShowModeCheck(const char* label, bool on) = 0;
+  virtual bool ModeCheck() const = 0;
+  // As if the user had pressed it, once what is going on is done.
+  virtual void PostKey(int code) = 0;
+  // Shows in colours which nodes collide and which are surface.
+  virtual void ColorByFlags(bool on) = 0;
 };
 
 // While one lives a mode moves the view by itself. What the user presses meanwhile does nothing, later neither.

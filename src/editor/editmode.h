@@ -2,8 +2,9 @@
 
 #include "geometry/doverlay.h"
 
-struct QEvent;
+class QInfo;
 class QWindow;
+struct QEvent;
 
 // One kind of track data to edit. The shell holds ten in a table and knows them by this base only; a mode reaches the
 // world by the editor's state alone, so that a test needs no window.
@@ -21,4 +22,10 @@ public:
   virtual void ModeHud() const = 0;
   // A click on a widget that isn't the shell's; true when it was one of the mode's own.
   virtual bool ModeClick(QWindow&) { return false; }
+  // Each event before the shell sees it; true: nobody else does.
+  virtual bool ModeEvent(const QEvent&) { return false; }
+  // While a dialog of the mode's is open beside the running editor: keys are the mode's alone, and the camera rests.
+  virtual bool HasDialog() const { return false; }
+  // What the mode keeps in the settings when the program ends.
+  virtual void StoreSettings(QInfo&) const {}
 };

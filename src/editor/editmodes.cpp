@@ -1,6 +1,7 @@
 #include "editor/editmodes.h"
 
 #include "editor/editwidgets.h"
+#include "editor/modelsmode.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
 #include "editor/trafficmode.h"
@@ -27,6 +28,8 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
     return std::make_unique<TrafficMode>(state, host);
   case 1:
     return std::make_unique<TrackCamsMode>(state, host, view);
+  case 3:
+    return std::make_unique<ModelsMode>(state, host, view);
   default:
     return MakePending(slot, host);
   }

@@ -49,7 +49,9 @@ void EditShell::idleFunc()
   PaintAll();
   if (!state.curTrack)
     return;
-  MoveCamera();
+  const EditMode* mode = CurrentMode();
+  if (!mode || !mode->HasDialog())
+    MoveCamera();
   RScene& scene = *manager->GetScene();
   scene.SetCamMode(RScene::CAM_MODE_FREE);
   scene.listener.position = state.camera.transform.pos;
@@ -58,6 +60,7 @@ void EditShell::idleFunc()
 
 void EditShell::PaintAll()
 {
+  state.now = app.GetDisplay().Clock();
   QShell& shell = *app.GetShell();
   view.SetShellSize(shell.GetWidth(), shell.GetHeight());
   if (!state.curTrack) {

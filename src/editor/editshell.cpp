@@ -3,6 +3,7 @@
 #include "editor/editicon.h"
 #include "editor/editmodes.h"
 #include "editor/editwidgets.h"
+#include "editor/modelsmodelist.h"
 #include "foundation/qdbgsetup.h"
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
@@ -160,6 +161,9 @@ void EditShell::StoreSettings()
   const float values[7] = {t.pos.x, t.pos.y, t.pos.z, t.pitch, t.yaw, t.roll, state.camera.fov};
   settings->SetInt("settings.mode", state.curMode);
   settings->SetFloats("settings.transform", values, 7);
+  for (const auto& mode : modes)
+    if (mode)
+      mode->StoreSettings(*settings);
 }
 
 void EditShell::exitFunc()
@@ -168,6 +172,8 @@ void EditShell::exitFunc()
   app.SetIdleProc(nullptr); // writing the settings may still ask, and then nothing of this may be painted
   app.SetEventProc(nullptr);
   StoreSettings();
+  for (auto& mode : modes)
+    mode.reset();
   state.previewCar = nullptr;
   previewCar.reset();
   widgets.reset();
@@ -200,10 +206,10 @@ void EditShell::SetMode(int n)
   state.paintVertices = false;
   state.curMode = n;
   view.ShowSelectedNodes();
+  widgets->HideModeCheck();
   if (EditMode* mode = CurrentMode()) {
+    ColorByFlags(false); // the one mode that wants it says so
     mode->ModeSetup();
-    WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
-    renderer.SetFlags(renderer.GetFlags() & ~WorldRenderer::COLOR_BY_FLAGS);
   }
   widgets->MarkMode(n);
 }
@@ -229,6 +235,37 @@ bool EditShell::AskFile(const char* title, const char* key, std::string& path)
   return QDlgFile(title, settings.get(), key, "", &path, nullptr);
 }
 
+std::unique_ptr<EditList> EditShell::OpenList(const char* title, std::span<const std::string> items)
+{
+  return std::make_unique<ModelsModeList>(*app.GetShell(), title, items);
+}
+
+void EditShell::ShowModeCheck(const char* label, bool on)
+{
+  widgets->ShowModeCheck(label, on);
+}
+
+bool EditShell::ModeCheck() const
+{
+  return widgets->ModeCheck();
+}
+
+void EditShell::PostKey(int code)
+{
+  QEvent event;
+  event.type = QEvent::KEYPRESS;
+  event.n = code;
+  event.win = app.GetShell();
+  QEventPush(event);
+}
+
+void EditShell::ColorByFlags(bool on)
+{
+  WorldRenderer& renderer = *manager->GetWorld()->GetRenderer();
+  const uint32_t others = renderer.GetFlags() & ~WorldRenderer::COLOR_BY_FLAGS;
+  renderer.SetFlags(on ? others | WorldRenderer::COLOR_BY_FLAGS : others);
+}
+
 void EditShell::MoveCamera()
 {
   const auto held = [&](int key) { return state.keyDown[static_cast<size_t>(key)] != 0; };
@@ -250,6 +287,8 @@ bool EditShell::eventFunc(const QEvent& event)
     state.keyDown[static_cast<size_t>(key)] = 1;
   else if (event.type == QEvent::KEYRELEASE)
     state.keyDown[static_cast<size_t>(key)] = 0;
+  if (EditMode* mode = CurrentMode(); mode && mode->ModeEvent(event))
+    return true;
   if (event.type == QEvent::WHEEL)
     state.camera.fov -= static_cast<float>(event.n) / 120;
   if (event.type == QEvent::CLICK && OnClick(event))
@@ -371,9 +410,11 @@ bool EditShell::OnKey(int code)
 {
   if (QIsModifierKey(QKeyOf(code)))
     return false;
-  EditMode* mode = CurrentMode();
-  if (mode && mode->ModeKey(code) && state.curMode >= ANIMATED_MODE)
-    return true;
+  if (EditMode* mode = CurrentMode()) {
+    const bool alone = mode->HasDialog() || state.curMode >= ANIMATED_MODE;
+    if (mode->ModeKey(code) && alone)
+      return true;
+  }
   if (code >= QKEY_F1 && code <= QKEY_F10)
     SetMode(code - QKEY_F1);
   for (const GlobalKey& key : globalKeys)

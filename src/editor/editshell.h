@@ -64,6 +64,11 @@ public:
   void ShowFrame() override;
   void Pause(int milliseconds) override;
   void DropPresses() override;
+  std::unique_ptr<EditList> OpenList(const char* title, std::span<const std::string> items) override;
+  void ShowModeCheck(const char* label, bool on) override;
+  bool ModeCheck() const override;
+  void PostKey(int code) override;
+  void ColorByFlags(bool on) override;
 
   EditState& State() { return state; }
   const QInfo& Settings() const { return *settings; } // until exitFunc

@@ -38,6 +38,8 @@ struct EditState
   DVector3 pickStart{0.0f};
   DVector3 pickEnd{0.0f};
   std::vector<SelectedNode> SelectedNodes;
+  int64_t now = 0;                  // of the frame being painted, milliseconds
+  int64_t blinkStart = 0;           // when a node was last selected
   std::vector<int> SelectedIndices; // spline lines
   RCar* previewCar = nullptr;       // its body stands for the car that a track camera follows; owned by the shell
   int trackCam = -1;                // the current one: an index of the track's table, its count or -1 for none

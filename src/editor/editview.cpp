@@ -117,7 +117,16 @@ void EditView::RememberNode(int index)
     return;
   if (state.curMode == MARSHAL_MODE)
     ClearSelectedNodes();
+  AddSelectedNode(index);
+}
+
+void EditView::AddSelectedNode(int index)
+{
+  const auto has = [index](const SelectedNode& selected) { return selected.index == index; };
+  if (std::any_of(state.SelectedNodes.begin(), state.SelectedNodes.end(), has))
+    return;
   state.SelectedNodes.push_back({index, state.curTrack->nodes.At(index)->get()});
+  state.blinkStart = state.now;
 }
 
 void EditView::ShowSelectedNodes()

@@ -35,6 +35,8 @@ public:
   // Selected nodes blink; this makes them visible before the list is emptied or left.
   void ShowSelectedNodes();
   void ClearSelectedNodes();
+  // Nothing happens to a node that is selected already.
+  void AddSelectedNode(int index);
 
   // The four kinds of mouse event, with a track present; x and y in the shell. modifiers as at the event.
   void MousePress(int button, int x, int y, int modifiers);

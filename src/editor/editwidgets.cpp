@@ -34,6 +34,8 @@ constexpr int OPERATION_WIDTH = 165;
 constexpr int OPERATION_HEIGHT = 30;
 constexpr int OPERATION_STEP = 36;
 constexpr int OPERATIONS_A_COLUMN = 6;
+constexpr int MODE_CHECK_WIDTH = 100;
+constexpr int MODE_CHECK_HEIGHT = 25;
 
 // The place of a command button; the check box stands behind the last.
 QRect CommandRect(const QRect& view, int i)
@@ -71,6 +73,9 @@ EditWidgets::EditWidgets(QWindow& shell, const QRect& view)
                      OPERATION_WIDTH, OPERATION_HEIGHT};
     operations[static_cast<size_t>(i)] = std::make_unique<QButton>(&shell, rect, "--op--");
   }
+  y += OPERATIONS_A_COLUMN * OPERATION_STEP;
+  modeCheck = std::make_unique<QCheck>(&shell, QRect{x, y, MODE_CHECK_WIDTH, MODE_CHECK_HEIGHT}, "");
+  HideModeCheck();
 }
 
 EditWidgets::~EditWidgets() = default;
@@ -121,6 +126,23 @@ void EditWidgets::SetObjectCheck(bool on)
 bool EditWidgets::ObjectCheck() const
 {
   return objectCheck->GetState();
+}
+
+void EditWidgets::ShowModeCheck(const char* label, bool on)
+{
+  modeCheck->SetText(label);
+  modeCheck->SetState(on);
+  modeCheck->Show();
+}
+
+void EditWidgets::HideModeCheck()
+{
+  modeCheck->Hide();
+}
+
+bool EditWidgets::ModeCheck() const
+{
+  return modeCheck->GetState();
 }
 
 QRect EditWidgets::Command0() const

@@ -37,6 +37,10 @@ public:
   void MarkMode(int n); // the radio button of mode n is on, all others off
   void SetObjectCheck(bool on);
   bool ObjectCheck() const;
+  // The current mode's check box, below the operations.
+  void ShowModeCheck(const char* label, bool on);
+  void HideModeCheck();
+  bool ModeCheck() const;
   QRect Command0() const; // rectangles that the panels' background starts from
   QRect Mode0() const;
 
@@ -45,5 +49,6 @@ private:
   std::array<std::unique_ptr<QRadio>, MODES> modes;
   std::array<std::unique_ptr<QButton>, OPERATIONS> operations;
   std::unique_ptr<QCheck> objectCheck;
+  std::unique_ptr<QCheck> modeCheck;
   std::unique_ptr<QLabel> operationsLabel;
 };

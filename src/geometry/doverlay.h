@@ -3,6 +3,7 @@
 #include "foundation/qcolor.h"
 #include "geometry/dvector.h"
 
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -12,8 +13,9 @@ struct DOverlayStyle
   QColor color{255, 255, 255};
   float width = 1.0f; // of a line, or size of a point, in pixels
   bool depthTest = true;
-  bool blend = false;  // smooth, source alpha over one minus source alpha
-  float offset = 0.0f; // polygon offset, factor and units
+  bool blend = false;        // smooth, source alpha over one minus source alpha
+  float offset = 0.0f;       // polygon offset, factor and units
+  uint16_t stipple = 0xFFFF; // of lines: a bit for each pixel, the lowest first
 };
 
 // Sink for what is painted in 3D over the scenery: one implementation draws, one records for tests.

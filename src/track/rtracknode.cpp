@@ -32,19 +32,28 @@ void RTrackNode::CalcBounds()
 
 void RTrackNode::ApplyFlags()
 {
-  constexpr uint32_t BURST_SHADOW = 4;
-  constexpr uint32_t BURST_LIGHT = 8;
-  if (!sceneNode)
-    return;
-  for (int level = 0; level < sceneNode->GeodeCount(); ++level)
+  CopyFlagsToGeobs();
+  CopyFlagToBursts(RECEIVE_SHADOW);
+  CopyFlagToBursts(RECEIVE_LIGHT);
+}
+
+void RTrackNode::CopyFlagsToGeobs()
+{
+  for (int level = 0; sceneNode && level < sceneNode->GeodeCount(); ++level)
     for (const auto& geob : sceneNode->GetGeode(level)->geob)
       geob->userFlags = flags;
-  for (const auto& geob : Geode()->geob) {
-    for (DBurst& burst : geob->burst) {
-      burst.flags |= flags & RECEIVE_SHADOW ? BURST_SHADOW : 0;
-      burst.flags |= flags & RECEIVE_LIGHT ? BURST_LIGHT : 0;
-    }
-  }
+}
+
+void RTrackNode::CopyFlagToBursts(Flag flag)
+{
+  constexpr uint32_t BURST_SHADOW = 4;
+  constexpr uint32_t BURST_LIGHT = 8;
+  const uint32_t bit = flag == RECEIVE_SHADOW ? BURST_SHADOW : BURST_LIGHT;
+  if (!Geode())
+    return;
+  for (const auto& geob : Geode()->geob)
+    for (DBurst& burst : geob->burst)
+      burst.flags = flags & flag ? burst.flags | bit : burst.flags & ~bit;
 }
 
 void RTrackNode::SetVisible(bool on)

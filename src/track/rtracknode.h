@@ -56,8 +56,12 @@ public:
   DGeode* Geode() const;              // the model of level 0; null without one
   float LodDistance(int level) const; // 0 without one
   void SetVisible(bool on);
-  // Into the geobs of all levels, so that a hit on a polygon knows its node's flags, and into the bursts.
+  // What the model keeps of all flags, after a load.
   void ApplyFlags();
+  // Into the geobs of all levels, so that a hit on a polygon knows its node's flags.
+  void CopyFlagsToGeobs();
+  // RECEIVE_SHADOW or RECEIVE_LIGHT, into the bursts of level 0.
+  void CopyFlagToBursts(Flag flag);
   // From the model's box.
   void CalcBounds();
   // The word for one bit, "F_???" for another value.

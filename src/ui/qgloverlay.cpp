@@ -34,6 +34,9 @@ void Setup(const DOverlayStyle& style)
   pipe.EnableArray(DPipe::VERTEX_ARRAY);
   const float scale = app ? app->GetDisplay().Scale() : 1;
   glLineWidth(style.width * scale);
+  if (style.stipple != 0xFFFF)
+    glEnable(GL_LINE_STIPPLE);
+  glLineStipple(1, style.stipple);
   glPointSize(style.width * scale);
   const QColor& c = style.color;
   glColor4ub(static_cast<GLubyte>(c.GetR()), static_cast<GLubyte>(c.GetG()), static_cast<GLubyte>(c.GetB()),
@@ -47,6 +50,7 @@ void Draw(GLenum what, std::span<const DVector3> points, const DOverlayStyle& st
   Setup(style);
   glVertexPointer(3, GL_FLOAT, sizeof(DVector3), points.data());
   glDrawArrays(what, 0, static_cast<GLsizei>(points.size()));
+  glDisable(GL_LINE_STIPPLE); // nobody else knows of it
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "editor/edithost.h"
+#include "ui/qevent.h"
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <string>
@@ -19,6 +21,12 @@ public:
   std::vector<std::string> messages;
   std::vector<std::string> hud;
   std::vector<std::string> buttons;
+  std::vector<std::string> listItems; // of the list that is open
+  int listCursor = -1;
+  std::string checkLabel;
+  bool check = false;
+  bool colored = false;
+  std::vector<int> posted;
 
   void SetOpButtons(std::span<const char* const> labels) override { buttons.assign(labels.begin(), labels.end()); }
   void HudPrint(std::string_view text) override { hud.emplace_back(text); }
@@ -55,7 +63,38 @@ public:
   std::function<void()> onFrame; // looks at each picture
   int presses = 0;               // how often they were dropped
 
+  std::unique_ptr<EditList> OpenList(const char* title, std::span<const std::string> items) override
+  {
+    prompts.push_back(title);
+    return std::make_unique<FakeList>(*this, items);
+  }
+  void ShowModeCheck(const char* label, bool on) override
+  {
+    checkLabel = label;
+    check = on;
+  }
+  bool ModeCheck() const override { return check; }
+  void PostKey(int code) override { posted.push_back(code); }
+  void ColorByFlags(bool on) override { colored = on; }
+
 private:
+  // Its button "n" is clicked by an event with that number, 1 for OK and 2 for Cancel.
+  class FakeList : public EditList
+  {
+  public:
+    FakeList(FakeHost& owner, std::span<const std::string> items) : host(owner)
+    {
+      host.listItems.assign(items.begin(), items.end());
+      host.listCursor = -1;
+    }
+    ~FakeList() override { host.listItems.clear(); }
+    int Cursor() const override { return host.listCursor; }
+    void SetCursor(int i) override { host.listCursor = std::clamp(i, 0, static_cast<int>(host.listItems.size()) - 1); }
+    EditList::Answer AnswerTo(const QEvent& event) override { return static_cast<EditList::Answer>(event.n); }
+
+  private:
+    FakeHost& host;
+  };
   bool Answer(std::string& text)
   {
     if (answers.empty())
