@@ -3,6 +3,7 @@
 #include "foundation/qlanguage.h"
 #include "foundation/qpath.h"
 #include "runtime/rminimap.h"
+#include "runtime/rphysmatmgr.h"
 #include "runtime/rresourcemanager.h"
 
 #include <cstdint>
@@ -116,6 +117,7 @@ public:
   RResolution resolution;
   RConsoleSettings console;
   RFilterSettings filter;
+  RPhysMatMgr physMat;
   int minimap[4] = {0, 0, 0, 0}; // x, y, width, height
   uint32_t flags = 0;
   uint32_t show = 0;

@@ -89,6 +89,7 @@ bool RTrackVRML::LoadScenery()
   if (!LoadSurfaceTypes())
     return false;
   ApplyVisibility();
+  LogScript();
   return true;
 }
 
@@ -111,6 +112,13 @@ void RTrackVRML::ApplySurfaceTypeToMaterials(const RSurfaceType& surface, const 
     QLOG("No surfaces found that match pattern '%s'\n", pattern.c_str());
 }
 
+// A track brings no code into this program.
+void RTrackVRML::LogScript() const
+{
+  if (std::string script; special && special->GetString("scripts.load", script) && !script.empty())
+    QDBG("Add track script '%s' (Klefisol)\n", PathOf(script).c_str());
+}
+
 // The path stays set while the nodes load: a file of the skin goes before one of the track.
 void RTrackVRML::LoadShaders()
 {
@@ -131,7 +139,10 @@ void RTrackVRML::LoadShaders()
     global.shaderProgress = [this](int done, int total, std::string_view shader) {
       progressCallback(done, total * 2, std::string(shader).c_str()); // nodes are the other half
     };
+  if (RMGR())
+    global.physicsMaterial = [](std::string_view material) { return RMGR()->physMat.GetMaterialID(material); };
   host.scene->GetWorld()->LoadShaders(path.Str());
+  global.physicsMaterial = nullptr;
   global.shaderProgress = nullptr;
   if (RMGR())
     RMGR()->ResetShaderPaths();
@@ -155,6 +166,8 @@ void RTrackVRML::LoadNodes()
     auto node = ReadNode(info, key, entryName);
     if (!node)
       continue;
+    if (!HasRoom())
+      break;
     LodDistances lod{};
     for (int i = 0; i < RTrackNode::LODS; ++i)
       lod[static_cast<size_t>(i)] = info.GetFloat(LodKey(key, i), defaults[static_cast<size_t>(i)]);
@@ -164,8 +177,10 @@ void RTrackVRML::LoadNodes()
     QDBG("Object %d/%d, %s    \r", done, total, entryName.c_str());
     const std::string text =
         "Object " + std::to_string(done) + " out of " + std::to_string(total) + " [" + entryName + "]";
-    if (progressCallback && !progressCallback(done + total, total * 2, text.c_str()))
+    if (progressCallback && !progressCallback(done + total, total * 2, text.c_str())) {
+      cancelled = entries.GetNext(entry, false);
       break;
+    }
   }
   AfterRead(info);
   QDBG("Load visible objects done\n");
@@ -209,7 +224,6 @@ std::unique_ptr<RTrackNode> RTrackVRML::ReadNode(const QInfo& info, const std::s
   }
   if (std::string motion; info.GetString(key + ".motion", motion) && !motion.empty()) {
     QDBG("Motion plugin for %s: %s\n", entryName.c_str(), motion.c_str());
-    // A track brings no code into this program.
     QWARN("Track object %s: can't load motion plugin '%s'", entryName.c_str(), motion.c_str());
   }
   return node;
@@ -248,12 +262,17 @@ bool RTrackVRML::CollisionOBB()
   return false;
 }
 
-bool RTrackVRML::AddNode(std::unique_ptr<RTrackNode> node)
+bool RTrackVRML::HasRoom() const
 {
-  if (nodes.Add(std::move(node)))
+  if (nodes.Count() < MAX_NODES)
     return true;
   QWARN("RTrackVRML:AddNodes(); out of nodes");
   return false;
+}
+
+bool RTrackVRML::AddNode(std::unique_ptr<RTrackNode> node)
+{
+  return HasRoom() && nodes.Add(std::move(node));
 }
 
 bool RTrackVRML::RemoveNode(int i)

@@ -18,7 +18,8 @@ public:
   // False without "track.ini". What else can't be loaded is reported and left out.
   bool Load() override;
   void ApplySurfaceTypeToMaterials(const RSurfaceType& surface, const std::string& pattern) override;
-  // All four files of the track as one set: false (reported) with all of them as they were.
+  // All four files of the track as one set: false (reported) with all of them as they were. So it is after a load that
+  // the progress callback ended: the nodes that weren't loaded would be lost.
   bool Save() override;
   bool CollisionOBB() override;
   // Time lines, trigger lines, pit lines, grid and pit positions as fences of one metre's height.
@@ -39,8 +40,12 @@ private:
   using LodDistances = std::array<float, RTrackNode::LODS>;
   void LoadShaders();
   void LoadNodes();
+  bool HasRoom() const; // for one more node; reported when not
+  void LogScript() const;
   // The node of an entry "objects.<name>", read but not loaded; null when it is to be skipped.
   std::unique_ptr<RTrackNode> ReadNode(const QInfo& info, const std::string& key, const std::string& entryName) const;
   bool LoadModel(RTrackNode& node, const LodDistances& lod) const;
   void SaveNodes(QInfo& info) const;
+
+  bool cancelled = false; // the load ended before the last entry
 };

@@ -103,6 +103,10 @@ void RTrackVRML::SaveNodes(QInfo& info) const
 // geometry.ini needless. One that an interrupted save of an older program left behind goes.
 bool RTrackVRML::Save()
 {
+  if (cancelled) {
+    QWARN("The track '%s' was loaded in part only; saving it would lose the rest", trackName.c_str());
+    return false;
+  }
   // What a file of a packed track holds beside the records is kept as well.
   const ROpenArchive packed(RFindPath("track.ar", trackDir)), graphics(PathOf("graphics.ar"));
   RSaveSet set;

@@ -93,6 +93,58 @@ TEST(GeometryLoad, TellsItsProgressAndStopsWhenTold)
   EXPECT_TRUE(track->Load());
   EXPECT_EQ((std::vector<std::string>{"5/8 Object 1 out of 4 [a]", "6/8 Object 2 out of 4 [b]"}), told);
   EXPECT_EQ(2, track->nodes.Count());
+
+  const auto before = small.SavedFiles();
+  ReportCapture reports;
+  EXPECT_FALSE(track->Save()) << "the third object would be lost";
+  EXPECT_EQ(1, reports.Problems());
+  EXPECT_EQ(before, small.SavedFiles());
+  EXPECT_EQ(0, small.StrayFiles());
+}
+
+TEST(GeometryLoad, StoppedAtItsEndLosesNothing)
+{
+  SmallTrack small;
+  small.WriteModel("box.dof");
+  small.Write("geometry.ini", "objects\n{\n  a\n  {\n    file=box.dof\n  }\n  b\n  {\n    file=box.dof\n  }\n}\n");
+  const auto track = small.New();
+  track->progressCallback = [](int current, int total, const char*) { return current < total; };
+  EXPECT_TRUE(track->Load());
+  EXPECT_TRUE(track->Save());
+  EXPECT_EQ("a:6 b:6", NodeList(*small.Load()));
+}
+
+TEST(GeometryLoad, TakesTenThousandNodes)
+{
+  SmallTrack small;
+  small.WriteModel("box.dof");
+  std::string text = "objects\n{\n";
+  for (int i = 0; i < RTrackVRML::MAX_NODES + 2; ++i)
+    text += "  n" + std::to_string(i) + "\n  {\n    file=box.dof\n  }\n";
+  small.Write("geometry.ini", text + "}\n");
+  ReportCapture reports;
+  const auto track = small.Load();
+  ASSERT_TRUE(track);
+  EXPECT_EQ(RTrackVRML::MAX_NODES, track->nodes.Count());
+  EXPECT_EQ("n9999", track->nodes.At(RTrackVRML::MAX_NODES - 1)->get()->name);
+  EXPECT_EQ(1, reports.Count("RTrackVRML:AddNodes(); out of nodes"));
+}
+
+TEST(GeometryLoad, RunsNoCodeOfATrack)
+{
+  SmallTrack small;
+  small.WriteModel("box.dof");
+  small.Write("special.ini", "scripts\n{\n  load=race.kf\n}\n");
+  small.Write("geometry.ini",
+              "objects\n{\n  mill\n  {\n    file=box.dof\n    motion=spin\n  }\n  gone\n  {\n    file=gone.dof\n"
+              "    movable=1\n  }\n}\n");
+  ReportCapture reports;
+  const auto track = small.Load();
+  EXPECT_EQ("mill:6", NodeList(*track)) << "loaded without its plugin";
+  for (const char* text : {"Motion plugin for mill: spin", "Track object mill: can't load motion plugin 'spin'",
+                           "Add track script 'data/tracks/small/race.kf' (Klefisol)",
+                           "Can't load data/tracks/small/gone.dof into scene graph"})
+    EXPECT_TRUE(reports.Contains(text)) << text;
 }
 
 TEST(GeometryLoad, HidesByTimeOfDay)
