@@ -15,7 +15,7 @@ struct DOverlayStyle
   bool depthTest = true;
   bool blend = false;        // smooth, source alpha over one minus source alpha
   float offset = 0.0f;       // polygon offset, factor and units
-  uint16_t stipple = 0xFFFF; // of lines: a bit for each pixel, the lowest first
+  uint16_t stipple = 0xFFFF; // of lines: a bit for each pixel of the interface, the lowest first
 };
 
 // Sink for what is painted in 3D over the scenery: one implementation draws, one records for tests.

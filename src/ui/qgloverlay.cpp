@@ -6,6 +6,8 @@
 #include "ui/qcanvas.h"
 #include "ui/qfont.h"
 
+#include <algorithm>
+#include <cmath>
 #include <epoxy/gl.h>
 #include <glm/gtc/type_ptr.hpp>
 
@@ -36,7 +38,7 @@ void Setup(const DOverlayStyle& style)
   glLineWidth(style.width * scale);
   if (style.stipple != 0xFFFF)
     glEnable(GL_LINE_STIPPLE);
-  glLineStipple(1, style.stipple);
+  glLineStipple(std::max(static_cast<GLint>(std::lround(scale)), 1), style.stipple);
   glPointSize(style.width * scale);
   const QColor& c = style.color;
   glColor4ub(static_cast<GLubyte>(c.GetR()), static_cast<GLubyte>(c.GetG()), static_cast<GLubyte>(c.GetB()),
