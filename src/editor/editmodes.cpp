@@ -6,6 +6,7 @@
 #include "editor/positionsmode.h"
 #include "editor/trafficmode.h"
 #include "editor/trackcamsmode.h"
+#include "editor/soundsmode.h"
 
 #include <string>
 
@@ -30,6 +31,8 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
     return std::make_unique<TrackCamsMode>(state, host, view);
   case 3:
     return std::make_unique<ModelsMode>(state, host, view);
+  case 5:
+    return std::make_unique<SoundsMode>(state, host);
   default:
     return MakePending(slot, host);
   }

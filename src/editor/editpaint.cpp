@@ -5,6 +5,7 @@
 #include "editor/editwidgets.h"
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
+#include "runtime/raudio.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
 #include "scene/dcamera.h"
@@ -56,6 +57,8 @@ void EditShell::idleFunc()
   scene.SetCamMode(RScene::CAM_MODE_FREE);
   scene.listener.position = state.camera.transform.pos;
   scene.listener.velocity = DVector3(0.0f);
+  state.curTrack->UpdateAudio(state.camera.transform.pos);
+  manager->GetAudio()->SetListener(state.camera.transform.pos, manager->GetInfo().GetFloat("audio.rolloff_factor"));
 }
 
 void EditShell::PaintAll()

@@ -10,6 +10,7 @@
 #include "foundation/qlog.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "runtime/qsample.h"
 #include "runtime/rcar.h"
 #include "runtime/rmanager.h"
 #include "runtime/rscene.h"
@@ -187,6 +188,7 @@ void EditShell::exitFunc()
   titleBar.reset();
   state.settings = nullptr;
   settings.reset();
+  QSampleCloseSystem();
   QReports().systemMessage = nullptr;
   QReports().messageBox = nullptr;
   fps.reset();

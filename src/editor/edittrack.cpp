@@ -68,12 +68,14 @@ void EditShell::ResetTrack()
   state.trackCam = -1;
   state.SelectedNodes.clear();
   state.SelectedIndices.clear();
+  state.audioIndex = -1;
   manager->SetTrack(nullptr);
   DGlobals().strings.clear();
   manager->GetWorld()->GetWorld()->Clear(); // with the track gone nothing names its models and shaders any more
   RTrackHost host;
   host.settings = app.GetInfo();
   host.scene = manager->GetWorld();
+  host.audio = manager->GetAudio();
   auto track = std::make_unique<RTrackVRML>(host);
   state.curTrack = track.get();
   manager->SetTrack(std::move(track));

@@ -6,6 +6,7 @@
 #include "geometry/dglobal.h"
 #include "geometry/dgpushadermanager.h"
 #include "geometry/dpipe.h"
+#include "runtime/raudio.h"
 #include "runtime/rscene.h"
 #include "runtime/rtrackbase.h"
 #include "scene/worldrenderer.h"
@@ -46,6 +47,7 @@ RManager::~RManager()
   track.reset();
   scene.reset();
   world.reset();
+  audio.reset(); // its system stays: the program closes that when all is taken down
   if (!active)
     return;
   DGlobals().findResource = nullptr;
@@ -134,6 +136,7 @@ void RManager::LoadConfig()
   LoadSwitches();
   CheckShadowSettings();
   CheckEnvironmentMap();
+  audio = std::make_unique<RAudio>(GetInfo());
 }
 
 void RManager::LoadLanguage()

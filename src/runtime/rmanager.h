@@ -13,6 +13,7 @@
 #include <string_view>
 
 class QInfo;
+class RAudio;
 class RScene;
 class RTrackBase;
 class WorldScene;
@@ -91,6 +92,7 @@ public:
   int GetMode() const { return mode; }
   RScene* GetScene() { return scene.get(); } // null before LoadConfig, as the world
   WorldScene* GetWorld() { return world.get(); }
+  RAudio* GetAudio() { return audio.get(); }
   // Owned. Null takes the current one away.
   void SetTrack(std::unique_ptr<RTrackBase> newTrack);
   RTrackBase* GetTrack() { return track.get(); } // null: none
@@ -146,6 +148,7 @@ private:
   std::unique_ptr<QInfo> dummyInfo;
   std::unique_ptr<WorldScene> world;
   std::unique_ptr<RScene> scene;
+  std::unique_ptr<RAudio> audio;
   std::unique_ptr<RTrackBase> track; // goes first: its nodes hang in the world
   QLanguage language;
   std::unique_ptr<QLanguage> languageFallback; // null: the selected one is English

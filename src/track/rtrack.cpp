@@ -161,6 +161,19 @@ bool RTrack::AddTrackAudio(std::unique_ptr<RTrackAudio> source)
   return false;
 }
 
+std::unique_ptr<RTrackAudio> RTrack::MakeTrackAudio(const std::string& sample) const
+{
+  auto source = std::make_unique<RTrackAudio>();
+  source->SetSample(sample, trackDir, host.audio);
+  return source;
+}
+
+void RTrack::UpdateAudio(const DVector3& listener)
+{
+  for (const auto& source : audio)
+    source->Hear(listener);
+}
+
 void RTrack::LoadPaceNotes()
 {
   paceNotes = std::make_unique<RPaceNotes>();

@@ -33,6 +33,7 @@ struct RTrackHost
   const QInfo* settings = nullptr; // the application's settings; null: all defaults. Outlives the track
   WorldScene* scene = nullptr;     // gets the scenery; null: nothing is shown. Outlives the track
   bool noSplines = false;          // "spline.ini" is opened, but not read
+  RAudio* audio = nullptr;         // plays the ambient sounds; null: they are silent. Outlives the track
   // Gets each of the track's files but special.ini when all that is wanted of it was read.
   std::function<void(const QInfo&)> afterRead = nullptr;
 };
@@ -159,6 +160,10 @@ public:
   void ListCameras(); // and the director takes the first
   bool AddWayPoint(std::unique_ptr<RWayPoint> wayPoint);
   bool AddTrackAudio(std::unique_ptr<RTrackAudio> source);
+  // A source of that sample, found in the track's directory or beside the program's own; not yet in the table.
+  std::unique_ptr<RTrackAudio> MakeTrackAudio(const std::string& sample) const;
+  // Once a frame: the ambient sounds as a listener there hears them.
+  void UpdateAudio(const DVector3& listener);
 
   void LoadPaceNotes();
   bool SavePaceNotes() const; // false when the file couldn't be written (reported)

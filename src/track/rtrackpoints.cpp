@@ -5,12 +5,14 @@
 
 #include <algorithm>
 
-void RTrackAudio::SetSample(const std::string& given, const std::string& trackDir)
+void RTrackAudio::SetSample(const std::string& given, const std::string& trackDir, RAudio* audio)
 {
   constexpr const char* SHARED_DIR = "data/audio";
   sample = given;
   name = given.substr(given.find_last_of("/\\") + 1); // npos + 1 is 0
   path.clear();
+  producer.reset();
+  flags &= ~uint32_t{PLAYING};
   if (given.empty())
     return;
   if (!RStaysInside(trackDir + "/" + given) || !RStaysInside(given)) {
@@ -18,14 +20,26 @@ void RTrackAudio::SetSample(const std::string& given, const std::string& trackDi
     return;
   }
   path = RFindPath(given, trackDir, SHARED_DIR);
+  if (audio)
+    producer = audio->MakeProducer(path);
 }
 
 float RTrackAudio::Hear(const DVector3& listener)
 {
   const float distanceSq = glm::dot(listener - pos, listener - pos);
   const float radiusSq = radius * radius;
-  if (!(distanceSq < radiusSq))
-    return 0;
-  flags |= PLAYING;
-  return std::clamp(1 - distanceSq / radiusSq, 0.0f, 1.0f);
+  const bool inside = distanceSq < radiusSq; // never with what is no number
+  const bool starts = inside && !(flags & PLAYING);
+  const float volume = inside ? std::clamp(1 - distanceSq / radiusSq, 0.0f, 1.0f) : 0;
+  if (starts)
+    flags |= PLAYING;
+  if (!producer)
+    return volume;
+  if (inside)
+    producer->SetPosition(pos);
+  if (starts)
+    producer->Start(true, volume);
+  else if (flags & PLAYING)
+    producer->SetVolume(volume);
+  return volume;
 }

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "geometry/dvector.h"
+#include "runtime/raudio.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 // A point on the way that cars drive, with the room to its sides.
@@ -34,8 +36,11 @@ struct RTrackAudio
   float radius = 1;   // metres
   DVector3 pos{0.0f};
   uint32_t flags = 0;
+  std::unique_ptr<RAudioProducer> producer; // null: silent
 
-  void SetSample(const std::string& given, const std::string& trackDir);
-  // What the source does for a listener there: PLAYING is set inside the radius. Gives the volume, 0 to 1.
+  // Without audio, or with a path that leads elsewhere (reported), the source stays silent.
+  void SetSample(const std::string& given, const std::string& trackDir, RAudio* audio = nullptr);
+  // What the source does for a listener there: it is started inside the radius for the first time, and fades to
+  // nothing at the radius; it isn't stopped. Gives the volume, 0 to 1.
   float Hear(const DVector3& listener);
 };

@@ -239,10 +239,9 @@ void RTrack::LoadAudio()
   const int count = CountOrFull(info, "audio.count", MAX_AUDIO, "audio points");
   for (int i = 0; i < count; ++i) {
     const std::string key = Key("audio.source", i);
-    auto source = std::make_unique<RTrackAudio>();
     std::string sample;
     info.GetString(key + ".sample", sample);
-    source->SetSample(sample, trackDir);
+    auto source = MakeTrackAudio(sample);
     source->pos = GetVector(info, key + ".pos");
     source->radius = info.GetFloat(key + ".radius");
     AddTrackAudio(std::move(source));

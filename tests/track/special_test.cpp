@@ -1,4 +1,6 @@
+#include "foundation/textinfo.h"
 #include "geometry/dgeode.h"
+#include "support/recordingsound.h"
 #include "support/reportcapture.h"
 #include "track/smalltrack.h"
 
@@ -288,6 +290,45 @@ TEST(TrackAudio, KeepsTheGivenPathAndNamesTheLeaf)
     EXPECT_EQ(c.name, source.name) << c.given;
     EXPECT_EQ(c.path, source.path) << c.given;
   }
+}
+
+TEST(TrackAudio, IsStartedOnceAndFadesOutsideWithoutAStop)
+{
+  RecordedSound sound;
+  RAudio audio(TextInfo(""));
+  SmallTrack small;
+  small.Write("special.ini", "audio\n{\n count=3\n source0\n {\n  sample=lark.wav\n  pos=0 0 5\n  radius=10\n }\n"
+                             " source1\n {\n  sample=frog.wav\n  pos=0 0 90\n  radius=10\n }\n"
+                             " source2\n {\n  sample=../../../etc/x.wav\n  radius=10\n }\n}\n");
+  RTrackHost host;
+  host.audio = &audio;
+  RTrack track(host);
+  track.SetName("small");
+  ASSERT_TRUE(track.Load());
+  ASSERT_EQ(3, track.audio.Count());
+  const std::string lark = "data/tracks/small/lark.wav";
+  EXPECT_EQ(1, sound.Calls("CreateSound " + lark));
+  EXPECT_EQ(2u, sound.sounds.size()) << "what lies outside isn't opened";
+  track.UpdateAudio({0, 0, 20});
+  EXPECT_TRUE(sound.channels.empty()) << "nobody has come near yet";
+  const struct
+  {
+    float z, volume;
+  } steps[] = {{0, 0.75f}, {5, 1}, {14, 0.19f}, {15, 0}, {1000, 0}, {10, 0.75f}};
+  for (const auto& step : steps) {
+    SCOPED_TRACE(step.z);
+    track.UpdateAudio({0, 0, step.z});
+    ASSERT_EQ(1u, sound.channels.size());
+    const SoundRecord::Channel& channel = *sound.LastOf(lark);
+    EXPECT_NEAR(step.volume, channel.volume, 1e-5f);
+    EXPECT_EQ(DVector3(0, 0, 5), channel.position);
+    EXPECT_EQ(QSoundSystem::LOOP | QSoundSystem::POSITIONED, channel.mode);
+    EXPECT_FALSE(channel.paused || channel.ended);
+  }
+  EXPECT_EQ(uint32_t{RTrackAudio::PLAYING}, (*track.audio.At(0))->flags);
+  EXPECT_EQ(0u, (*track.audio.At(1))->flags);
+  track.audio.Clear();
+  EXPECT_TRUE(sound.channels.begin()->second.ended);
 }
 
 TEST(TrackAudio, IsLouderNearby)

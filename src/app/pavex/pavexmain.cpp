@@ -9,9 +9,11 @@
 #include "platform/qcgcache.h"
 #include "platform/qcgcompiler.h"
 #include "platform/qcrashhandler.h"
+#include "platform/qopenalsound.h"
 #include "platform/qopendocument.h"
 #include "platform/qsdldisplay.h"
 #include "platform/qsingleinstance.h"
+#include "runtime/qsample.h"
 #include "ui/qapp.h"
 
 #include <cstdlib>
@@ -62,6 +64,7 @@ int main()
   qdbg_setup(*settings, {RunCommand, nullptr, nullptr});
   QSetCurrentDirectory("..");
 
+  QTheSoundHooks().createSystem = [] { return QOpenALSound::Open(); };
   DGlobals().programCompiler = QCgCompiler(QCgCache::UserDirectory());
 
   QApp application("pavex", "Pavex", std::make_unique<QSDLDisplay>());
