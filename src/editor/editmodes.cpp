@@ -4,9 +4,9 @@
 #include "editor/modelsmode.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
-#include "editor/trafficmode.h"
-#include "editor/trackcamsmode.h"
 #include "editor/soundsmode.h"
+#include "editor/trackcamsmode.h"
+#include "editor/trafficmode.h"
 
 #include <string>
 
@@ -25,14 +25,14 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
   switch (slot) {
   case 0:
     return std::make_unique<PositionsMode>(state, host, view);
-  case 7:
-    return std::make_unique<TrafficMode>(state, host);
   case 1:
     return std::make_unique<TrackCamsMode>(state, host, view);
   case 3:
     return std::make_unique<ModelsMode>(state, host, view);
   case 5:
     return std::make_unique<SoundsMode>(state, host);
+  case 7:
+    return std::make_unique<TrafficMode>(state, host);
   default:
     return MakePending(slot, host);
   }
