@@ -208,6 +208,8 @@ QArchiveDecoder::Result QArchiveDecoder::DecodeItems(const uint8_t* at, const ui
     if (to > limit)
       return Result::OVERFLOW;
   }
+  if (at != end)
+    return Result::DAMAGED;
   size = static_cast<size_t>(to - begin);
-  return at == end ? Result::GOOD : Result::DAMAGED;
+  return Result::GOOD;
 }

@@ -135,7 +135,7 @@ const DTexFont::Char* DTexFont::Find(int code) const
 {
   for (const Range& r : ranges)
     if (code >= r.first && code <= r.last)
-      return &chars[static_cast<size_t>(r.index + code - r.first)];
+      return &chars[static_cast<size_t>(r.index + (code - r.first))];
   QWARN("DTexFont: can't find char 0x%x", static_cast<unsigned>(code));
   return nullptr;
 }
