@@ -319,7 +319,8 @@ bool EditShell::OnClick(const QEvent& event)
     return true;
   if (const int n = widgets->ModeOf(event.win); n >= 0)
     SetMode(n);
-  if (const int n = widgets->OperationOf(event.win); n >= 0)
+  // The modes' operations work on a track.
+  if (const int n = widgets->OperationOf(event.win); n >= 0 && state.curTrack)
     if (EditMode* mode = CurrentMode())
       mode->ModeOp(n);
   return false;

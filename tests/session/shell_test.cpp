@@ -126,6 +126,7 @@ TEST_F(ShellTest, AFailedLoadLeavesNoTrackAndAnotherCanBeSelected)
   EXPECT_EQ(nullptr, session.State().curTrack);
   const size_t before = session.Dialogs().size();
   session.ClickOn("QButton", "Save track (Shift-S)");
+  session.ClickOn("QButton", "Declare grid pos (Ctrl-G)");
   session.Key(QMOD_SHIFT | 'T');
   EXPECT_EQ(before, session.Dialogs().size()) << "keys are dead, and there is nothing to save";
   session.WriteTrack("second");
