@@ -57,7 +57,8 @@ void EditShell::idleFunc()
   scene.SetCamMode(RScene::CAM_MODE_FREE);
   scene.listener.position = state.camera.transform.pos;
   scene.listener.velocity = DVector3(0.0f);
-  state.curTrack->UpdateAudio(state.camera.transform.pos);
+  if (state.trackReady) // a load at the start paints before the camera is where it was left
+    state.curTrack->UpdateAudio(state.camera.transform.pos);
   manager->GetAudio()->SetListener(state.camera.transform.pos, manager->GetInfo().GetFloat("audio.rolloff_factor"));
 }
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <dlfcn.h>
 
 namespace {
 
@@ -26,6 +27,27 @@ std::vector<std::string> Texts(const ALCchar* list)
     texts.emplace_back(list);
   return texts;
 }
+
+// The library for sound cards tells of a missing one in many lines on stderr. While this lives it is still: one report
+// of ours is enough.
+class QuietCards
+{
+public:
+  using Handler = void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
+  QuietCards() { Set(Ignore); }
+  ~QuietCards() { Set(nullptr); }
+  QuietCards(const QuietCards&) = delete;
+  QuietCards& operator=(const QuietCards&) = delete;
+
+private:
+  static void Ignore(const char*, int, const char*, int, const char*, ...) {}
+  static void Set(Handler handler)
+  {
+    using Setter = int (*)(Handler);
+    if (const auto set = reinterpret_cast<Setter>(dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler")))
+      set(handler);
+  }
+};
 
 // Between the two kinds of axes; the library refuses what is no number.
 void Convert(const DVector3& v, float* out)
@@ -59,6 +81,7 @@ QOpenALSound::~QOpenALSound()
 
 std::unique_ptr<QOpenALSound> QOpenALSound::Open()
 {
+  const QuietCards quiet;
   ALCdevice* device = alcOpenDevice(nullptr);
   return device ? std::unique_ptr<QOpenALSound>(new QOpenALSound(device, false)) : nullptr;
 }

@@ -1,9 +1,11 @@
 #include "platform/qsoundfile.h"
 
 #include "foundation/qfile.h"
+#include "fuzzing/sound.h"
 #include "platform/soundbytes.h"
 #include "support/tempdir.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace {
@@ -97,6 +99,19 @@ TEST(SoundFile, HeadersThatLie)
     EXPECT_EQ(c.plays, reason.empty()) << reason;
     EXPECT_LE(data.samples.size(), 50u);
   }
+}
+
+TEST(SoundFile, FuzzCorpus)
+{
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(PAVEX_SOURCE_DIR "/fuzzing/corpus/sound")) {
+    SCOPED_TRACE(entry.path().string());
+    std::string bytes;
+    ASSERT_TRUE(QReadFile(entry.path().string(), bytes));
+    FuzzSound(bytes);
+    ++count;
+  }
+  EXPECT_GT(count, 0);
 }
 
 } // namespace
