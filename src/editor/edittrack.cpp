@@ -76,6 +76,7 @@ void EditShell::ResetTrack()
   host.settings = app.GetInfo();
   host.scene = manager->GetWorld();
   host.audio = manager->GetAudio();
+  host.physics = manager->GetPhysics();
   auto track = std::make_unique<RTrackVRML>(host);
   state.curTrack = track.get();
   manager->SetTrack(std::move(track));

@@ -47,6 +47,12 @@ public:
     if (!finished)
       poly.push_back(record);
   }
+  // In place of what was added; of no effect after Finish.
+  void TakePolys(DArray<DAABBPolyInfo> records)
+  {
+    if (!finished)
+      poly = std::move(records);
+  }
   // A record for each triangle, without a user's number. Triangles with an index out of range are left out.
   void AddGeob(const DGeob& geob);
   void AddGeode(const DGeode& geode);

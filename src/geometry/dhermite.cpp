@@ -78,6 +78,24 @@ float DNonUniformHermiteSpline::GetValue(float parameter, float* firstDerivative
   const auto above =
       std::upper_bound(keys.begin(), keys.end(), parameter, [](float p, const Key& key) { return p < key.parameter; });
   const size_t i = above == keys.begin() ? 0 : static_cast<size_t>(above - keys.begin()) - 1;
+  return Evaluate(i, parameter, firstDerivative, secondDerivative);
+}
+
+float DNonUniformHermiteSpline::GetValueIn(int segment, float parameter, float* firstDerivative) const
+{
+  if (segment >= 0 && segment < Count()) {
+    if (!tangentsValid)
+      CalculateTangents();
+    return Evaluate(static_cast<size_t>(segment), parameter, firstDerivative, nullptr);
+  }
+  if (firstDerivative)
+    *firstDerivative = 0;
+  return 0;
+}
+
+float DNonUniformHermiteSpline::Evaluate(size_t i, float parameter, float* firstDerivative,
+                                         float* secondDerivative) const
+{
   const bool isLast = i + 1 == keys.size();
   const Key& from = keys[i];
   const Key& to = !isLast ? keys[i + 1] : closed ? keys.front() : from;

@@ -20,6 +20,9 @@ public:
   // 0 without keys. The derivatives are by the position in the segment, 0 to 1.
   float GetValue(float parameter, float* firstDerivative = nullptr, float* secondDerivative = nullptr) const;
 
+  // The same by the piece from key segment on, also beyond its end. 0 when there is no such key.
+  float GetValueIn(int segment, float parameter, float* firstDerivative = nullptr) const;
+
 private:
   struct Key
   {
@@ -31,6 +34,7 @@ private:
   // The key that many behind i; round the end of a closed curve, whose last key and key 0 are one point.
   Key Neighbour(int i, int offset) const;
   void CalculateTangents() const;
+  float Evaluate(std::size_t i, float parameter, float* firstDerivative, float* secondDerivative) const;
 
   bool closed;
   float largest = 0;

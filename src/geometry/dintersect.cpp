@@ -26,7 +26,7 @@ namespace {
 
 // A determinant closer to 0 than epsilon is a ray along the triangle's plane.
 bool MeetTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
-                  const DVector3& c, float epsilon, float& t)
+                  const DVector3& c, float epsilon, float& t, float& u, float& v)
 {
   const DVector3 e1 = b - a;
   const DVector3 e2 = c - a;
@@ -35,11 +35,11 @@ bool MeetTriangle(const DVector3& origin, const DVector3& direction, const DVect
   if (det > -epsilon && det < epsilon)
     return false;
   const DVector3 s = origin - a;
-  const float u = glm::dot(s, p) / det;
+  u = glm::dot(s, p) / det;
   if (!(u >= 0 && u <= 1))
     return false;
   const DVector3 q = glm::cross(s, e1);
-  const float v = glm::dot(direction, q) / det;
+  v = glm::dot(direction, q) / det;
   if (!(v >= 0 && u + v <= 1))
     return false;
   t = glm::dot(e2, q) / det;
@@ -51,13 +51,23 @@ bool MeetTriangle(const DVector3& origin, const DVector3& direction, const DVect
 bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
                           const DVector3& c, float& t)
 {
-  return MeetTriangle(origin, direction, a, b, c, 0.00001f, t);
+  float u = 0;
+  float v = 0;
+  return MeetTriangle(origin, direction, a, b, c, 0.00001f, t, u, v);
 }
 
 bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
                  const DVector3& c, float& t, float maxT)
 {
-  return MeetTriangle(from, direction, a, b, c, 1e-7f, t) && t >= 0 && t < maxT;
+  float u = 0;
+  float v = 0;
+  return RayTriangle(from, direction, a, b, c, t, u, v, maxT);
+}
+
+bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
+                 const DVector3& c, float& t, float& u, float& v, float maxT)
+{
+  return MeetTriangle(from, direction, a, b, c, 1e-7f, t, u, v) && t >= 0 && t < maxT;
 }
 
 const DVector3& GeodeHit::NearestCorner() const

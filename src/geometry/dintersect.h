@@ -15,6 +15,9 @@ bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, con
 // The same by a finer test of parallels, and only from the origin on: 0 <= t < maxT.
 bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
                  const DVector3& c, float& t, float maxT);
+// And where on the triangle: a + u (b - a) + v (c - a).
+bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
+                 const DVector3& c, float& t, float& u, float& v, float maxT);
 
 struct GeodeHit
 {

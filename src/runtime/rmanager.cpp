@@ -6,6 +6,7 @@
 #include "geometry/dglobal.h"
 #include "geometry/dgpushadermanager.h"
 #include "geometry/dpipe.h"
+#include "physics/pnewtonworld.h"
 #include "runtime/raudio.h"
 #include "runtime/rscene.h"
 #include "runtime/rtrackbase.h"
@@ -48,6 +49,7 @@ RManager::~RManager()
   scene.reset();
   world.reset();
   audio.reset(); // its system stays: the program closes that when all is taken down
+  physics.reset();
   if (!active)
     return;
   DGlobals().findResource = nullptr;
@@ -179,6 +181,8 @@ void RManager::CreateWorld()
   // A frame that takes a renderer without hardware 40 ms takes it 8 s with anisotropic filtering.
   DGlobals().maxAnisotropy = DGlobals().softwareRenderer ? 1 : filter.maxAnisotropy;
   world = std::make_unique<WorldScene>();
+  if (!physics) // there is one a process
+    physics = std::make_unique<PNewtonWorld>();
   WorldRenderer* renderer = world->GetRenderer();
   renderer->SetFullscreenShaderPath(fullscreenShaderPath);
   renderer->SetShaderPath(gpuShaderPath);

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+class PNewtonWorld;
 class QInfo;
 class RAudio;
 class RScene;
@@ -93,6 +94,7 @@ public:
   RScene* GetScene() { return scene.get(); } // null before LoadConfig, as the world
   WorldScene* GetWorld() { return world.get(); }
   RAudio* GetAudio() { return audio.get(); }
+  PNewtonWorld* GetPhysics() { return physics.get(); }
   // Owned. Null takes the current one away.
   void SetTrack(std::unique_ptr<RTrackBase> newTrack);
   RTrackBase* GetTrack() { return track.get(); } // null: none
@@ -149,6 +151,7 @@ private:
   std::unique_ptr<WorldScene> world;
   std::unique_ptr<RScene> scene;
   std::unique_ptr<RAudio> audio;
+  std::unique_ptr<PNewtonWorld> physics;
   std::unique_ptr<RTrackBase> track; // goes first: its nodes hang in the world
   QLanguage language;
   std::unique_ptr<QLanguage> languageFallback; // null: the selected one is English

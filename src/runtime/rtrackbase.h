@@ -26,10 +26,11 @@ struct RSurfaceInfo
   float roadNoise = 0;
   const DMaterial* material = nullptr;
   const RSurfaceType* surface = nullptr;
-  int line = 0;    // of the road splines
-  float u = 0;     // along the ray
-  float s = 0;     // across the road, 0 at its left edge, 1 at its right
-  float along = 0; // between the line and the next, 0 to 1
+  int polygon = -1; // of the scenery that was met last; the next search tries it first
+  int line = 0;     // of the road splines
+  float u = 0;      // along the ray
+  float s = 0;      // across the road, 0 at its left edge, 1 at its right
+  float along = 0;  // between the line and the next, 0 to 1
   float grip = 1;
 };
 

@@ -14,7 +14,7 @@ namespace {
 constexpr std::array<const char*, 10> TYPE_NAMES = {"road", "grass", "gravel", "stone", "water",
                                                     "kerb", "ice",   "snow",   "mud",   "sand"};
 
-constexpr uint8_t WATER = 4, KERB = 5;
+constexpr uint8_t KERB = 5;
 
 using Octaves = std::array<float, RRoadNoise::MAX_OCTAVES>;
 

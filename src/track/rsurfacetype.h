@@ -18,7 +18,8 @@ struct RSurfaceType
     NO_SKID_MARKS = 2,
     FORBIDDEN = 8
   };
-  uint8_t type = 0; // index of SurfaceTypeName
+  static constexpr uint8_t WATER = 4; // of the types
+  uint8_t type = 0;                   // index of SurfaceTypeName
   uint8_t subtype = 0;
   uint8_t flags = 0;
   uint8_t index = 0; // in the track's table

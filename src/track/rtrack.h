@@ -25,6 +25,7 @@
 class DOverlay;
 class QInfo;
 class RSaveSet;
+class PNewtonWorld;
 class WorldScene;
 
 // What a track takes from the program around it.
@@ -32,6 +33,7 @@ struct RTrackHost
 {
   const QInfo* settings = nullptr; // the application's settings; null: all defaults. Outlives the track
   WorldScene* scene = nullptr;     // gets the scenery; null: nothing is shown. Outlives the track
+  PNewtonWorld* physics = nullptr; // gets the scenery to collide with; null: nothing collides. Outlives the track
   bool noSplines = false;          // "spline.ini" is opened, but not read
   RAudio* audio = nullptr;         // plays the ambient sounds; null: they are silent. Outlives the track
   // Gets each of the track's files but special.ini when all that is wanted of it was read.

@@ -8,11 +8,14 @@
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 #include "geometry/dworld.h"
+#include "physics/pnewtonworld.h"
 #include "runtime/rmanager.h"
 #include "scene/worldgeodenode.h"
 #include "scene/worldscene.h"
+#include "track/rcollision.h"
 #include "track/rfindfile.h"
 #include "track/rinfokeys.h"
+#include "track/rsurfacetree.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -83,6 +86,8 @@ bool RTrackVRML::Load()
 bool RTrackVRML::LoadScenery()
 {
   const ROpenArchive graphics(PathOf("graphics.ar"));
+  if (host.physics)
+    host.physics->SetSize({DVector3(-100000, -10000, -100000), DVector3(100000, 10000, 100000)});
   LoadShaders();
   LoadNodes();
   DGlobals().mapPath.Clear();
@@ -90,6 +95,7 @@ bool RTrackVRML::LoadScenery()
     return false;
   ApplyVisibility();
   LogScript();
+  BuildTrees();
   return true;
 }
 
@@ -277,6 +283,12 @@ bool RTrackVRML::AddNode(std::unique_ptr<RTrackNode> node)
 
 bool RTrackVRML::RemoveNode(int i)
 {
+  if (const auto* node = nodes.At(i); node && (*node)->Geode()) {
+    if (collision)
+      collision->Polys().ForgetModel(*(*node)->Geode());
+    if (surfaceTree)
+      surfaceTree->ForgetModel(*(*node)->Geode());
+  }
   return nodes.Remove(i);
 }
 

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "geometry/daabb.h"
 #include "track/rtrack.h"
 #include "track/rtracknode.h"
 
+class DAabbTreeHd;
 class QInfo;
+class RPolyTree;
+class RTrackCollision;
 
 // A track with its scenery: nodes, each one a model file with flags, as "geometry.ini" lists them.
 class RTrackVRML : public RTrack
@@ -22,6 +26,9 @@ public:
   // the progress callback ended: the nodes that weren't loaded would be lost.
   bool Save() override;
   bool CollisionOBB() override;
+  // Straight below a position when direction is (0, -1, 0). Without a hit the place is position + direction, on the
+  // first surface; a track of water gives the water's place.
+  void GetSurfaceInfo(const DVector3& position, const DVector3& direction, RSurfaceInfo& result) override;
   // Time lines, trigger lines, pit lines, grid and pit positions as fences of one metre's height.
   void PaintLines(DOverlay& overlay) const override;
 
@@ -35,8 +42,17 @@ public:
   void PaintAudio(DOverlay& overlay) const;
   void PaintWayPoints(DOverlay& overlay) const;
 
+  // What bodies collide with, and what surface queries search; null before BuildTrees, which a load does.
+  const RTrackCollision* Collision() const { return collision.get(); }
+  const RPolyTree* SurfaceTree() const { return surfaceTree.get(); }
+  const DAabbTreeHd* lidarTree = nullptr; // of the scanned ground, asked by surface queries; not owned
+  // From the nodes and the road splines as they are now. Gives the physics its size.
+  void BuildTrees();
+
 private:
   bool LoadScenery();
+  void CreateAABBTreeCollide();
+  void CreateAABBTreeSurface();
   using LodDistances = std::array<float, RTrackNode::LODS>;
   void LoadShaders();
   void LoadNodes();
@@ -48,4 +64,7 @@ private:
   void SaveNodes(QInfo& info) const;
 
   bool cancelled = false; // the load ended before the last entry
+  std::unique_ptr<RTrackCollision> collision;
+  std::unique_ptr<RPolyTree> surfaceTree;
+  DAABB surfaceBox = DAABB::Nothing(); // of the models that were added to it
 };

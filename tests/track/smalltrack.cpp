@@ -258,7 +258,7 @@ int SmallTrack::StrayFiles() const
   int count = 0;
   for (const auto& entry : fs::directory_iterator(Path())) {
     const std::string extension = entry.path().extension();
-    count += extension != ".ini" && extension != ".dof";
+    count += entry.path().filename() != "cache" && extension != ".ini" && extension != ".dof";
   }
   return count;
 }

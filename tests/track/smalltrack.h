@@ -28,7 +28,7 @@ public:
 
   // The four files that a save writes, by name.
   std::map<std::string, std::string> SavedFiles() const;
-  // Names in the directory that are none of the track's own files: what a save left behind.
+  // Names in the directory that are none of the track's own files and not its cache: what a save left behind.
   int StrayFiles() const;
 
   TempDir root;
