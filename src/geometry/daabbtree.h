@@ -20,7 +20,7 @@ struct DAABBPolyInfo
 };
 
 // A node as it lies in memory. Two children lie side by side, the left one first.
-struct alignas(32) DAABBNode
+struct alignas(16) DAABBNode
 {
   DVector3 min;
   int link; // to the pair of children; below 0: ~number of the one triangle
@@ -74,7 +74,7 @@ public:
 
 private:
   class Builder;
-  struct alignas(64) Pair
+  struct Pair
   {
     DAABBNode child[2];
   };

@@ -5,6 +5,7 @@
 #include "geometry/dintersect.h"
 
 #include <algorithm>
+#include <cstring>
 #include <emmintrin.h>
 #include <limits>
 
@@ -96,18 +97,16 @@ private:
     return made;
   }
 
-  // The list becomes a leaf's chain; gives the leaf's link.
-  int Leaf(const List& list)
+  // The list, from its head on, becomes a run of the order.
+  Child Leaf(const List& list)
   {
     const int* const numbers = &number[list.buffer][list.begin];
-    // Onto the chain's head from its end on.
-    int first = -1;
-    for (size_t i = 0; i < list.count; ++i) {
-      const int triangle = numbers[list.reversed ? i : list.count - 1 - i];
-      tree.next[static_cast<size_t>(triangle)] = first;
-      first = triangle;
-    }
-    return ~first;
+    int* const to = &tree.order[list.begin];
+    if (list.reversed)
+      std::reverse_copy(numbers, numbers + list.count, to);
+    else
+      std::copy_n(numbers, list.count, to);
+    return {~static_cast<int>(list.begin), static_cast<int>(list.count)};
   }
 
   // Marks the quadrant of each triangle: bit 0 when not below the cut in x, bit 1 in z.
@@ -175,7 +174,7 @@ private:
     }
   }
 
-  static void SetChild(Node& node, size_t q, const DBox& box, int link)
+  static void SetChild(Node& node, size_t q, const DBox& box, const Child& child)
   {
     node.minX[q] = box.min.x;
     node.minY[q] = box.min.y;
@@ -183,10 +182,11 @@ private:
     node.maxX[q] = box.max.x;
     node.maxY[q] = box.max.y;
     node.maxZ[q] = box.max.z;
-    node.link[q] = link;
+    node.link[q] = child.link;
+    node.count[q] = child.count;
   }
 
-  int Split(const List& list, const DBox& box, int depth)
+  Child Split(const List& list, const DBox& box, int depth)
   {
     tree.depth = std::max(tree.depth, depth);
     std::array<size_t, 4> count{};
@@ -204,14 +204,14 @@ private:
     tree.nodes.emplace_back();
     for (size_t q = 0; q < 4; ++q) {
       const DBox childBox = gathered[q].Box(); // of nothing it is inside out
-      int link = NO_CHILD;
+      Child child{NO_CHILD, 0};
       if (count[q] > 0) {
         ++tree.nodeCount;
-        link = Split({begin[q], count[q], 1 - list.buffer, true}, childBox, depth + 1);
+        child = Split({begin[q], count[q], 1 - list.buffer, true}, childBox, depth + 1);
       }
-      SetChild(tree.nodes[at], q, childBox, link);
+      SetChild(tree.nodes[at], q, childBox, child);
     }
-    return static_cast<int>(at);
+    return {static_cast<int>(at), 0};
   }
 
   DAabbTreeHd& tree;
@@ -248,7 +248,7 @@ void DAabbTreeHd::Build()
   QTimer timer;
   timer.Start();
   QDBG("Building 'next' array\n");
-  next.resize(corners / 3);
+  order.resize(corners / 3);
   QDBG("Build root\n");
   Builder(*this).Build();
   built = true;
@@ -277,38 +277,143 @@ unsigned DAabbTreeHd::Overlap(const Node& node, const DAABB& box)
   return static_cast<unsigned>(_mm_movemask_ps(_mm_and_ps(_mm_and_ps(x, y), z)));
 }
 
-bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, int first) const
+namespace {
+
+// Four vectors, a coordinate at a time.
+struct Four
 {
-  for (int i = first; i >= 0; i = Next(i)) {
-    const auto [a, b, c] = Corners(i);
-    float t = 0;
-    if (!RayTriangle(query.from, query.direction, a, b, c, t, query.length))
+  __m128 x, y, z;
+};
+
+Four operator-(const Four& a, const Four& b)
+{
+  return {_mm_sub_ps(a.x, b.x), _mm_sub_ps(a.y, b.y), _mm_sub_ps(a.z, b.z)};
+}
+
+Four Cross(const Four& a, const Four& b)
+{
+  const auto part = [](__m128 p, __m128 q, __m128 r, __m128 s) {
+    return _mm_sub_ps(_mm_mul_ps(p, q), _mm_mul_ps(r, s));
+  };
+  return {part(a.y, b.z, b.y, a.z), part(a.z, b.x, b.z, a.x), part(a.x, b.y, b.x, a.y)};
+}
+
+__m128 Dot(const Four& a, const Four& b)
+{
+  return _mm_add_ps(_mm_add_ps(_mm_mul_ps(a.x, b.x), _mm_mul_ps(a.y, b.y)), _mm_mul_ps(a.z, b.z));
+}
+
+Four Repeat(const DVector3& v)
+{
+  return {_mm_set1_ps(v.x), _mm_set1_ps(v.y), _mm_set1_ps(v.z)};
+}
+
+// Twelve bytes of each, no more: the last vertex may end a page.
+__m128 Load(const DVector3& v)
+{
+  double xy = 0;
+  std::memcpy(&xy, &v.x, sizeof(xy));
+  return _mm_movelh_ps(_mm_castpd_ps(_mm_set_sd(xy)), _mm_load_ss(&v.z));
+}
+
+Four Transposed(const DVector3& a, const DVector3& b, const DVector3& c, const DVector3& d)
+{
+  __m128 x = Load(a);
+  __m128 y = Load(b);
+  __m128 z = Load(c);
+  __m128 w = Load(d);
+  _MM_TRANSPOSE4_PS(x, y, z, w);
+  return {x, y, z};
+}
+
+} // namespace
+
+// A bit for each of the triangles that RayTriangle says the query hits, by the same steps with the same roundings.
+unsigned DAabbTreeHd::HitsOfFour(const DAabbTreeHdQuery& query, const int* four) const
+{
+  const auto corners = [&](size_t corner) {
+    const auto at = [&](int i) -> const DVector3& { return vertex[index[3 * static_cast<size_t>(four[i]) + corner]]; };
+    return Transposed(at(0), at(1), at(2), at(3));
+  };
+  const __m128 zero = _mm_setzero_ps();
+  const __m128 one = _mm_set1_ps(1);
+  const Four direction = Repeat(query.direction);
+  const Four a = corners(0);
+  const Four e1 = corners(1) - a;
+  const Four e2 = corners(2) - a;
+  const Four p = Cross(direction, e2);
+  const __m128 det = Dot(e1, p);
+  const __m128 isAlong =
+      _mm_and_ps(_mm_cmpgt_ps(det, _mm_set1_ps(-RAY_EPSILON)), _mm_cmplt_ps(det, _mm_set1_ps(RAY_EPSILON)));
+  const Four s = Repeat(query.from) - a;
+  const __m128 u = _mm_div_ps(Dot(s, p), det);
+  const Four q = Cross(s, e1);
+  const __m128 v = _mm_div_ps(Dot(direction, q), det);
+  const __m128 t = _mm_div_ps(Dot(e2, q), det);
+  const __m128 isInside = _mm_and_ps(_mm_and_ps(_mm_cmpge_ps(u, zero), _mm_cmple_ps(u, one)),
+                                     _mm_and_ps(_mm_cmpge_ps(v, zero), _mm_cmple_ps(_mm_add_ps(u, v), one)));
+  const __m128 isAhead = _mm_and_ps(_mm_cmpge_ps(t, zero), _mm_cmplt_ps(t, _mm_set1_ps(query.length)));
+  return static_cast<unsigned>(_mm_movemask_ps(_mm_andnot_ps(isAlong, _mm_and_ps(isInside, isAhead))));
+}
+
+bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, int first, int count) const
+{
+  const int* const triangles = &order[static_cast<size_t>(first)];
+  for (int i = 0; i < count; i += 4) {
+    const int last = count - 1;
+    const int four[4] = {triangles[i], triangles[std::min(i + 1, last)], triangles[std::min(i + 2, last)],
+                         triangles[std::min(i + 3, last)]};
+    const unsigned hits = HitsOfFour(query, four);
+    if (hits == 0)
       continue;
+    const auto [a, b, c] = Corners(four[__builtin_ctz(hits)]);
+    float t = 0;
+    static_cast<void>(RayTriangle(query.from, query.direction, a, b, c, t, query.length));
     query.hitPosition = query.from + query.direction * t;
     query.hitNormal = DNormalized(glm::cross(b - a, c - a));
     if (query.hitNormal.y < 0)
       query.hitNormal = -query.hitNormal;
     query.cachedNode = first;
+    query.cachedCount = count;
     return true;
   }
   return false;
 }
 
-bool DAabbTreeHd::Search(DAabbTreeHdQuery& query, int link) const
+// Asks for the memory that a leaf's test will read, all at once: one after the other it would be waited for.
+void DAabbTreeHd::Prefetch(int first, int count) const
 {
-  if (link < 0)
-    return SearchLeaf(query, ~link);
-  const Node& node = nodes[static_cast<size_t>(link)];
-  for (unsigned met = Overlap(node, query.box); met != 0; met &= met - 1)
-    if (Search(query, node.link[__builtin_ctz(met)]))
+  constexpr int MOST = 64; // more would push out what they bring
+  const int* const triangles = &order[static_cast<size_t>(first)];
+  const int last = std::min(count, MOST);
+  for (int i = 0; i < last; ++i)
+    __builtin_prefetch(&index[3 * static_cast<size_t>(triangles[i])]);
+  for (int i = 0; i < last; ++i)
+    for (size_t corner = 0; corner < 3; ++corner)
+      __builtin_prefetch(&vertex[index[3 * static_cast<size_t>(triangles[i]) + corner]]);
+}
+
+bool DAabbTreeHd::Search(DAabbTreeHdQuery& query, Child child) const
+{
+  if (child.link < 0) {
+    Prefetch(~child.link, child.count);
+    return SearchLeaf(query, ~child.link, child.count);
+  }
+  const Node& node = nodes[static_cast<size_t>(child.link)];
+  for (unsigned met = Overlap(node, query.box); met != 0; met &= met - 1) {
+    const int q = __builtin_ctz(met);
+    if (Search(query, {node.link[q], node.count[q]}))
       return true;
+  }
   return false;
 }
 
 bool DAabbTreeHd::SearchOne(DAabbTreeHdQuery& query) const
 {
   query.box = DAABB::FromSegment(query.from, query.direction, query.length);
-  if (query.cachedNode >= 0 && query.cachedNode < FaceCount() && SearchLeaf(query, query.cachedNode))
+  // What another tree left there is no more than a wrong guess.
+  if (query.cachedNode >= 0 && query.cachedCount >= 0 && query.cachedNode < FaceCount() &&
+      query.cachedCount <= FaceCount() - query.cachedNode && SearchLeaf(query, query.cachedNode, query.cachedCount))
     return true;
   query.cachedNode = -1;
   return Search(query, root);
@@ -344,16 +449,21 @@ bool DAabbTreeHd::Query(DAabbTreeHdQuery& query) const
   return query.sampleCount > 1 ? SearchSamples(query) : SearchOne(query);
 }
 
-void DAabbTreeHd::WalkNode(int link, const DBox& box, int level, int maxDepth, const Visitor& visit) const
+void DAabbTreeHd::WalkNode(Child child, const DBox& box, int level, int maxDepth, const Visitor& visit) const
 {
-  visit(box, level, link < 0 ? ~link : -1);
-  if (link < 0 || level >= maxDepth)
+  if (child.link < 0) {
+    visit(box, level, std::span(order).subspan(static_cast<size_t>(~child.link), static_cast<size_t>(child.count)));
     return;
-  const Node& node = nodes[static_cast<size_t>(link)];
+  }
+  visit(box, level, {});
+  if (level >= maxDepth)
+    return;
+  const Node& node = nodes[static_cast<size_t>(child.link)];
   for (size_t q = 0; q < 4; ++q)
     if (node.link[q] != NO_CHILD)
-      WalkNode(node.link[q], {{node.minX[q], node.minY[q], node.minZ[q]}, {node.maxX[q], node.maxY[q], node.maxZ[q]}},
-               level + 1, maxDepth, visit);
+      WalkNode({node.link[q], node.count[q]},
+               {{node.minX[q], node.minY[q], node.minZ[q]}, {node.maxX[q], node.maxY[q], node.maxZ[q]}}, level + 1,
+               maxDepth, visit);
 }
 
 void DAabbTreeHd::Walk(int maxDepth, const Visitor& visit) const

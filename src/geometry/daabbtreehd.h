@@ -21,13 +21,14 @@ struct DAabbTreeHdQuery
   int sampleCount = 1;
   std::vector<DVector3> samples; // where each search starts; used from two samples on
   DAABB box;                     // of the last search
-  int cachedNode = -1;           // of the last hit, a tree's own number; -1: none
+  int cachedNode = -1;           // the leaf of the last hit, by its first place in the tree's order; -1: none
+  int cachedCount = 0;           // triangles of that leaf
   DVector3 hitPosition{0.0f};
   DVector3 hitNormal{0, 1, 0}; // never pointing down
 };
 
 // Which triangle does a ray hit: a tree of four children a node, by x and z, over the triangles of one large mesh.
-// Links chain the triangles of a leaf; none is copied. Vertices and indices must outlive the tree, unchanged.
+// Numbers list the triangles of a leaf; none is copied. Vertices and indices must outlive the tree, unchanged.
 class DAabbTreeHd
 {
 public:
@@ -51,39 +52,45 @@ public:
   int FaceCount() const { return static_cast<int>(index.size() / 3); }
   int NodeCount() const { return nodeCount; } // with the root
   int Depth() const { return depth; }
-  // The triangle after this one in its leaf, -1 at the end.
-  int Next(int triangle) const { return next[static_cast<size_t>(triangle)]; }
   std::array<DVector3, 3> Corners(int triangle) const;
-  // Each node from the root, at depth 0, down to maxDepth, parents first; first is its first triangle, -1 when it has
-  // children instead.
-  using Visitor = std::function<void(const DBox& box, int depth, int first)>;
+  // Each node from the root, at depth 0, down to maxDepth, parents first, with its triangles in the tree's order; none
+  // when it has children instead.
+  using Visitor = std::function<void(const DBox& box, int depth, std::span<const int> triangles)>;
   void Walk(int maxDepth, const Visitor& visit) const;
 
 private:
   class Builder;
   // The boxes of up to four children, an axis at a time. A link of 0 or more is a node, below it is a leaf by its first
-  // triangle; a child that doesn't exist has a box that meets nothing.
-  struct alignas(128) Node
+  // place in the order and its count; a child that doesn't exist has a box that meets nothing.
+  struct alignas(16) Node
   {
     float minX[4], maxX[4];
     float minZ[4], maxZ[4];
     float minY[4], maxY[4];
     int link[4];
+    int count[4]; // of a leaf's triangles
+  };
+  struct Child
+  {
+    int link;
+    int count;
   };
   static unsigned Overlap(const Node& node, const DAABB& box);
-  bool Search(DAabbTreeHdQuery& query, int link) const;
-  bool SearchLeaf(DAabbTreeHdQuery& query, int first) const;
+  bool Search(DAabbTreeHdQuery& query, Child child) const;
+  bool SearchLeaf(DAabbTreeHdQuery& query, int first, int count) const;
+  void Prefetch(int first, int count) const;
+  unsigned HitsOfFour(const DAabbTreeHdQuery& query, const int* four) const;
   bool SearchOne(DAabbTreeHdQuery& query) const;
   bool SearchSamples(DAabbTreeHdQuery& query) const;
-  void WalkNode(int link, const DBox& box, int level, int maxDepth, const Visitor& visit) const;
+  void WalkNode(Child child, const DBox& box, int level, int maxDepth, const Visitor& visit) const;
 
   std::span<const DVector3> vertex;
   std::span<const uint32_t> index;
   int maxTrianglesPerNode = MAX_TRIANGLES_PER_NODE;
-  DArray<int> next;
+  DArray<int> order; // the triangles, leaf by leaf
   DArray<Node> nodes;
   DBox rootBox;
-  int root = -1;
+  Child root{};
   bool built = false;
   int depth = 0;
   int nodeCount = 0;

@@ -67,7 +67,7 @@ bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3
 bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
                  const DVector3& c, float& t, float& u, float& v, float maxT)
 {
-  return MeetTriangle(from, direction, a, b, c, 1e-7f, t, u, v) && t >= 0 && t < maxT;
+  return MeetTriangle(from, direction, a, b, c, RAY_EPSILON, t, u, v) && t >= 0 && t < maxT;
 }
 
 const DVector3& GeodeHit::NearestCorner() const

@@ -12,6 +12,8 @@ bool IntersectRaySphere(const DVector3& origin, const DVector3& direction, const
 bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
                           const DVector3& c, float& t);
 
+// What a determinant must reach for RayTriangle to take the ray as one across the triangle's plane.
+constexpr float RAY_EPSILON = 1e-7f;
 // The same by a finer test of parallels, and only from the origin on: 0 <= t < maxT.
 bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,
                  const DVector3& c, float& t, float maxT);

@@ -94,8 +94,8 @@ bool RTrackVRML::LoadScenery()
   if (!LoadSurfaceTypes())
     return false;
   ApplyVisibility();
-  LogScript();
   BuildTrees();
+  LogScript();
   return true;
 }
 

@@ -158,11 +158,10 @@ TEST(DAabbTreeHd, OneCentreStaysOneLeaf)
   EXPECT_EQ(1, tree.NodeCount());
   EXPECT_EQ(0, tree.Depth());
   std::vector<int> chain;
-  tree.Walk(7, [&](const DBox& box, int depth, int first) {
+  tree.Walk(7, [&](const DBox& box, int depth, std::span<const int> triangles) {
     EXPECT_EQ(DVector3(3, 0, 3), box.max);
     EXPECT_EQ(0, depth);
-    for (int i = first; i >= 0; i = tree.Next(i))
-      chain.push_back(i);
+    chain.assign(triangles.begin(), triangles.end());
   });
   ASSERT_EQ(50u, chain.size());
   EXPECT_TRUE(std::is_sorted(chain.begin(), chain.end())); // the failed splits left the order as it was
@@ -193,8 +192,12 @@ TEST(DAabbTreeHd, TheLastLeafIsAskedFirst)
   query.from = {100, 5, 2};
   EXPECT_FALSE(tree.Query(query));
   EXPECT_EQ(-1, query.cachedNode);
-  query.cachedNode = 1 << 30; // of another tree
-  EXPECT_FALSE(tree.Query(query));
+  for (const int count : {0, 1, 4, 1 << 30, -1}) // of another tree
+    for (const int node : {0, 3, 1 << 30}) {
+      query.cachedNode = node;
+      query.cachedCount = count;
+      EXPECT_FALSE(tree.Query(query));
+    }
 }
 
 TEST(DAabbTreeHd, NormalsPointUpAndSamplesAreAveraged)
@@ -235,6 +238,7 @@ TEST(DAabbTreeHd, RefusesWhatCannotBeATree)
   ReportCapture reports;
   DAabbTreeHdQuery query;
   query.cachedNode = 0;
+  query.cachedCount = 1;
   for (DAabbTreeHd* tree : {&bad, &empty}) {
     tree->Build();
     EXPECT_FALSE(tree->Query(query));
