@@ -1,6 +1,8 @@
 #include "editor/editmodes.h"
 
 #include "editor/editwidgets.h"
+#include "editor/lidarmode.h"
+#include "editor/marshalmode.h"
 #include "editor/modelsmode.h"
 #include "editor/pendingmode.h"
 #include "editor/positionsmode.h"
@@ -33,6 +35,10 @@ std::unique_ptr<EditMode> MakeEditMode(int slot, EditState& state, EditHost& hos
     return std::make_unique<SoundsMode>(state, host);
   case 7:
     return std::make_unique<TrafficMode>(state, host);
+  case 8:
+    return std::make_unique<LidarMode>(state, host);
+  case 9:
+    return std::make_unique<MarshalMode>(state, host, view);
   default:
     return MakePending(slot, host);
   }

@@ -77,6 +77,9 @@ void EditShell::PaintAll()
   PrepareScene();
   if (state.trackReady) {
     manager->SetTime(static_cast<int>(app.GetDisplay().Clock() - startTime));
+    state.curTrack->marshalPosts.Update(manager->GetTime());
+    if (EditMode* mode = CurrentMode())
+      mode->ModeUpdate();
     manager->GetScene()->Paint();
     PaintOverlay(0);
     if (!firstFrameLogged)

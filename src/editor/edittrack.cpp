@@ -128,6 +128,9 @@ void EditShell::LoadTrack()
     state.trackReady = true;
   }
   BakeMiniMap();
+  for (const auto& mode : modes)
+    if (mode)
+      mode->TrackLoaded();
   state.camera.ZeroSpeeds();
 }
 

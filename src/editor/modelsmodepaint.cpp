@@ -34,9 +34,17 @@ std::array<DVector3, 24> EdgesOf(const DBox& box)
 
 } // namespace
 
-void PaintSelectedNodes(const EditState& state, DOverlay& overlay)
+void BlinkSelectedNodes(const EditState& state)
 {
   const bool shown = (state.now - state.blinkStart) % BLINK_TIME >= BLINK_TIME / 2;
+  for (const SelectedNode& selected : state.SelectedNodes)
+    if (selected.node->Geode())
+      selected.node->SetVisible(shown);
+}
+
+void PaintSelectedNodes(const EditState& state, DOverlay& overlay)
+{
+  BlinkSelectedNodes(state);
   DOverlayStyle dashes;
   dashes.width = 0.5f;
   dashes.blend = true;
@@ -45,7 +53,6 @@ void PaintSelectedNodes(const EditState& state, DOverlay& overlay)
     DGeode* geode = selected.node->Geode();
     if (!geode)
       continue;
-    selected.node->SetVisible(shown);
     const auto edges = EdgesOf(geode->GetBoundingBox());
     dashes.color = QColor(0, 0, 0);
     dashes.stipple = pattern;

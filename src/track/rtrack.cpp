@@ -5,6 +5,7 @@
 #include "foundation/qreport.h"
 #include "runtime/rcheckid.h"
 #include "track/rfindfile.h"
+#include "track/rlidar.h"
 #include "track/rsaveset.h"
 
 namespace {

@@ -24,6 +24,7 @@
 
 class DOverlay;
 class QInfo;
+class RLidar;
 class RSaveSet;
 class PNewtonWorld;
 class WorldScene;
@@ -110,7 +111,7 @@ public:
   RSplineRep splines;
   float trackLength = 0; // metres, from the splines
   DTable<std::unique_ptr<RSurfaceType>, MAX_SURFACES> surfaces;
-  RMarshalPosts marshalPosts; // read, and left alone by a save
+  RMarshalPosts marshalPosts;
   RBestLaps results;
   std::unique_ptr<RPaceNotes> paceNotes;
 
@@ -131,6 +132,7 @@ public:
   // Files that the track only knows of.
   RTrackFile lidarFile;
   DVector3 lidarTranslate{0.0f};
+  std::unique_ptr<RLidar> lidar; // after a load; without points when there is no cloud
   RTrackFile skidMarks;
   RTrackFile trackMaps;
   RTrackFile sunMaps;

@@ -76,6 +76,7 @@ void RTrack::SaveSpecial(QInfo& info) const
   SaveStanding(info);
   info.SetFloats("gfx.sky", &sky.x, 4);
   info.SetInt("gfx.night", flags & NIGHT ? 1 : 0);
+  marshalPosts.Save(info, "marshal_posts");
 }
 
 void RTrack::SaveLines(QInfo& info) const

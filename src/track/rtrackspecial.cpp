@@ -6,6 +6,7 @@
 #include "foundation/qstring.h"
 #include "track/rfindfile.h"
 #include "track/rinfokeys.h"
+#include "track/rlidar.h"
 #include "track/rtrack.h"
 
 #include <algorithm>
@@ -98,12 +99,22 @@ void RTrack::LoadBoxes()
   }
 }
 
-// A cloud can be far larger than the rest of the track: the modes that need it read it.
 void RTrack::LoadLidar()
 {
   lidarFile.path = PathOf("track.rld");
   lidarFile.present = QFileExists(lidarFile.path);
   lidarTranslate = GetVector(*special, "lidar.translate");
+  lidar = std::make_unique<RLidar>(trackDir);
+  if (!lidarFile.present)
+    return;
+  if (!lidar->LoadRLD(lidarFile.path, RLidar::SWAP_AXES)) {
+    QWARN("Can't load LIDAR data (%s)", lidarFile.path.c_str());
+    return;
+  }
+  lidar->DbgPrint("track lidar");
+  if (lidarTranslate != DVector3(0.0f))
+    lidar->Translate(lidarTranslate);
+  lidar->BuildTree();
 }
 
 void RTrack::LoadPositions()

@@ -93,6 +93,7 @@ bool RTrackVRML::LoadScenery()
   DGlobals().mapPath.Clear();
   if (!LoadSurfaceTypes())
     return false;
+  marshalPosts.PostLoad(trackDir, {nodes.begin(), nodes.end()}, splines);
   ApplyVisibility();
   BuildTrees();
   LogScript();
@@ -289,6 +290,8 @@ bool RTrackVRML::RemoveNode(int i)
     if (surfaceTree)
       surfaceTree->ForgetModel(*(*node)->Geode());
   }
+  if (const auto* node = nodes.At(i))
+    marshalPosts.Forget(node->get());
   return nodes.Remove(i);
 }
 

@@ -158,6 +158,7 @@ void RTrafficGrid::PaintPoints(DOverlay& overlay) const
     if (i++ != selected)
       points.push_back(w.pos);
   DOverlayStyle style;
+  style.depthTest = false; // the road, in which they lie, would hide half of each
   style.width = 10;
   style.color = QColor(255, 0, 0);
   overlay.Points(points, style);
@@ -174,6 +175,7 @@ void RTrafficGrid::PaintLinks(DOverlay& overlay) const
       if (const RTrafficWayPoint* to = wayPoints.At(link))
         ends.insert(ends.end(), {w.pos, to->pos});
   DOverlayStyle style;
+  style.depthTest = false;
   style.color = QColor(0, 255, 0);
   overlay.Lines(ends, style);
   const RTrafficWayPoint* from = wayPoints.At(selected);

@@ -81,7 +81,7 @@ TEST(TrackSave, OrdersTheKeysOfANewFile)
   EXPECT_EQ("endless: min max\ngrid: count\n"
             "pit: count side inout_line0 inout_line1 inout_line2 inout_line3\n"
             "timeline: count point_to_point auto_return\ntriggerline: count line0\n"
-            "tcam: count cam0\nwaypoint: count wp0\naudio: count source0\ngfx: sky night\n",
+            "tcam: count cam0\nwaypoint: count wp0\naudio: count source0\ngfx: sky night\nmarshal_posts: count\n",
             names);
   names.clear();
   const QInfoNode* cam = saved.FindNode("tcam.cam0");

@@ -88,6 +88,7 @@ std::vector<ToolVerb> ToolArchiveVerbs();
 std::vector<ToolVerb> ToolImageVerbs();
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();
+std::vector<ToolVerb> ToolLidarVerbs();
 std::vector<ToolVerb> ToolModelVerbs();
 std::vector<ToolVerb> ToolShaderVerbs();
 std::vector<ToolVerb> ToolTrackVerbs();

@@ -1,8 +1,10 @@
 #include "app/tool/tool.h"
 #include "app/tool/tooljson.h"
 #include "foundation/qinfo.h"
+#include "foundation/qsafewrite.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
+#include "track/rmarshaltemplate.h"
 #include "track/rtrackcheck.h"
 #include "track/rtrackvrml.h"
 
@@ -322,6 +324,17 @@ int RunCheck(const ToolArgs& args)
   return status;
 }
 
+int RunMarshalTemplate(const ToolArgs& args)
+{
+  const auto track = LoadTrack(args.Text(0));
+  if (!track)
+    return TOOL_FAILED;
+  const QInfo tree(track->trackDir + "/special.ini");
+  if (!QWriteFile(MARSHAL_TEXT_FILE, MakeMarshalTemplate({track->nodes.begin(), track->nodes.end()}, tree)))
+    return ToolFail("can't write %s", MARSHAL_TEXT_FILE);
+  return TOOL_DONE;
+}
+
 } // namespace
 
 std::vector<ToolVerb> ToolTrackVerbs()
@@ -331,5 +344,10 @@ std::vector<ToolVerb> ToolTrackVerbs()
       {"track", "dump", "All records of a track", {{"TRACK"}}, RunDump},
       {"track", "check", "What an author should know of, a line each", {{"TRACK"}}, RunCheck},
       {"track", "save", "Load a track and save it, as the editor does", {{"TRACK"}}, RunSave},
+      {"track",
+       "marshal-template",
+       "Write TEMP_PAVEX_MARSHAL_POSTS.txt, a template for special.ini",
+       {{"TRACK"}},
+       RunMarshalTemplate},
   };
 }

@@ -17,8 +17,8 @@ namespace {
 std::vector<ToolVerb> AllVerbs()
 {
   std::vector<ToolVerb> all;
-  for (const auto& group :
-       {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolImageVerbs, ToolModelVerbs, ToolShaderVerbs, ToolTrackVerbs})
+  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolImageVerbs, ToolLidarVerbs,
+                            ToolModelVerbs, ToolShaderVerbs, ToolTrackVerbs})
     for (ToolVerb& verb : group())
       all.push_back(std::move(verb));
   return all;
