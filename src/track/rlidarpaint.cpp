@@ -9,6 +9,7 @@
 #include <cmath>
 #include <epoxy/gl.h>
 #include <map>
+#include <span>
 
 namespace {
 
@@ -90,17 +91,17 @@ void RLidar::CollectTree()
   constexpr int MAX_DEPTH = 7;
   for (auto& lines : treeLines)
     lines.clear();
-  const auto visit = [this](const DBox& box, int depth, int first) {
+  const auto visit = [this](const DBox& box, int depth, std::span<const int> held) {
     auto& ends = treeLines[static_cast<size_t>(depth) % treeLines.size()];
     AddBox(ends, box);
-    for (int t = first; t >= 0; t = tree->Next(t)) {
+    for (const int t : held) {
       const auto p = tree->Corners(t);
       ends.insert(ends.end(), {p[0], p[1], p[1], p[2], p[2], p[0]});
     }
   };
   tree->Walk(MAX_DEPTH, visit);
   if (tree->NodeCount() == 0)
-    visit(DBox(), 0, -1); // an empty tree's root
+    visit(DBox(), 0, {}); // an empty tree's root
   treeCollected = true;
 }
 
