@@ -21,6 +21,7 @@ public:
   bool IsInitialized() const { return initialized; }
   // For each program that is compiled from now on. Reported when there is no space.
   void AddCompilerOption(std::string_view option);
+  void ClearCompilerOptions() { options.clear(); }
   const std::vector<std::string>& GetCompilerOptions() const { return options; }
 
   // The program of a file, compiled at the first call for it. 0 when it can't be, which is reported the first time.

@@ -203,6 +203,7 @@ void RManager::AddCompilerOptions()
   const QInfo& info = GetInfo();
   const WorldRenderer& renderer = *world->GetRenderer();
   const bool workarounds = renderer.GetFlags() & WorldRenderer::WORKAROUNDS;
+  programs.ClearCompilerOptions();
   const auto add = [&programs](bool wanted, const char* option) {
     if (wanted)
       programs.AddCompilerOption(option);

@@ -5,6 +5,7 @@
 #include "physics/pnewtonworld.h"
 #include "runtime/rmanager.h"
 #include "track/rcollision.h"
+#include "track/rlidar.h"
 #include "track/rsurfacetree.h"
 #include "track/rtrackvrml.h"
 
@@ -72,7 +73,8 @@ void RTrackVRML::GetSurfaceInfo(const DVector3& position, const DVector3& direct
   const RSurfaceType* const first = surfaces.Count() > 0 ? surfaces.At(0)->get() : nullptr;
   result.surface = nullptr;
   if (surfaceTree) {
-    const RSurfaceQuery query(*surfaceTree, splines, lidarTree, first);
+    const DAabbTreeHd* const scan = lidarTree ? lidarTree : lidar ? lidar->Tree() : nullptr;
+    const RSurfaceQuery query(*surfaceTree, splines, scan, first);
     if (flags & WATER_TRACK && query.FindWater(position, direction, result.position))
       return;
     if (!manager || !(manager->flags & NO_SURFACE_TREE))
