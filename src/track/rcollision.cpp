@@ -84,8 +84,10 @@ void RTrackCollision::Build(std::span<const std::unique_ptr<RTrackNode>> nodes, 
   if (isBuilding) {
     QLOG("NT: end coll build - optimize tree (optionally)\n");
     geom.EndTreeBuild(settings.optimize);
-    QLOG("NT: save tree\n");
-    static_cast<void>(geom.SaveTree(file)); // reported; what is in memory serves
+    if (settings.keep) {
+      QLOG("NT: save tree\n");
+      static_cast<void>(geom.SaveTree(file)); // reported; what is in memory serves
+    }
   }
   if (!world)
     return;

@@ -23,6 +23,7 @@ public:
     bool addGeometry = true;
     bool optimize = true;
     bool isEditor = true; // goes on without anything to collide with
+    bool keep = true;     // writes the file
   };
 
   // world may be null: then the trees and the file are made, and no body. It must outlive this.

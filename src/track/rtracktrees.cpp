@@ -2,6 +2,7 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
+#include "geometry/dglobal.h"
 #include "physics/pnewtonworld.h"
 #include "runtime/rmanager.h"
 #include "track/rcollision.h"
@@ -25,6 +26,8 @@ void RTrackVRML::CreateAABBTreeCollide()
   settings.addGeometry = Setting(ADD_GEOMETRY, true);
   settings.optimize = Setting("dev.optimize_newton_tree", true);
   settings.isEditor = !RMGR() || RMGR()->GetMode() == RManager::EDITOR;
+  // Without shaders nothing can be touched; such a tree isn't for the next load.
+  settings.keep = DGlobals().shadersOn;
   collision.reset(); // its body leaves the world first
   collision = std::make_unique<RTrackCollision>(host.physics);
   collision->Build({nodes.begin(), nodes.end()}, trackDir, settings);

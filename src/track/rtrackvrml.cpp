@@ -95,7 +95,8 @@ bool RTrackVRML::LoadScenery()
     return false;
   marshalPosts.PostLoad(trackDir, {nodes.begin(), nodes.end()}, splines);
   ApplyVisibility();
-  BuildTrees();
+  if (host.physics)
+    BuildTrees();
   LogScript();
   return true;
 }

@@ -42,7 +42,8 @@ public:
   void PaintAudio(DOverlay& overlay) const;
   void PaintWayPoints(DOverlay& overlay) const;
 
-  // What bodies collide with, and what surface queries search; null before BuildTrees, which a load does.
+  // What bodies collide with, and what surface queries search; null before BuildTrees, which a load
+  // into a world of physics does.
   const RTrackCollision* Collision() const { return collision.get(); }
   const RPolyTree* SurfaceTree() const { return surfaceTree.get(); }
   const DAabbTreeHd* lidarTree = nullptr; // of the scanned ground, asked by surface queries; not owned

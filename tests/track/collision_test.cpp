@@ -1,3 +1,4 @@
+#include "geometry/dglobal.h"
 #include "physics/pnewtonworld.h"
 #include "runtime/rmanager.h"
 #include "support/reportcapture.h"
@@ -137,6 +138,15 @@ TEST_F(CollisionTest, CollidesWithoutAFile)
   track.BuildTrees();
   EXPECT_TRUE(reports.Contains("PNewtonGeom:SaveTree(data/tracks/small/cache/trackcollision.bin); can't open file"));
   EXPECT_NEAR(1, Height(0.5f, 0), 1e-4f);
+}
+
+TEST_F(CollisionTest, ATreeThatWasMadeWithoutShadersIsntKept)
+{
+  Add(Square(0, 1, 0, 2), nullptr);
+  DGlobals().shadersOn = false;
+  track.BuildTrees();
+  DGlobals().shadersOn = true;
+  EXPECT_FALSE(fs::exists(small.Path(CACHE)));
 }
 
 TEST_F(CollisionTest, NothingToCollideWithStopsAllButTheEditor)
