@@ -230,9 +230,9 @@ private:
     return at;
   }
 
-  int Split(const List& list, const Gathered& box, int depth)
+  int Split(const List& list, const Gathered& box, int level)
   {
-    tree.depth = std::max(tree.depth, depth);
+    tree.depth = std::max(tree.depth, level);
     if (list.count == 2)
       return SplitTwo(list, box);
     const Cut cut = CutOf(BoxOf(box));
@@ -243,7 +243,7 @@ private:
     for (int side = 0; side < 2; ++side) {
       const List& half = halves.list[side];
       const int link =
-          half.count > 1 ? Split(half, halves.box[side], depth + 1) : Leaf(buffer[half.buffer][half.begin]);
+          half.count > 1 ? Split(half, halves.box[side], level + 1) : Leaf(buffer[half.buffer][half.begin]);
       SetNode(tree.pairs[static_cast<size_t>(at)].child[side], halves.box[side], link);
     }
     return at;

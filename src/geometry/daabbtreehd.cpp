@@ -186,9 +186,9 @@ private:
     node.count[q] = child.count;
   }
 
-  Child Split(const List& list, const DBox& box, int depth)
+  Child Split(const List& list, const DBox& box, int level)
   {
-    tree.depth = std::max(tree.depth, depth);
+    tree.depth = std::max(tree.depth, level);
     std::array<size_t, 4> count{};
     if (list.count <= static_cast<size_t>(tree.maxTrianglesPerNode) || !Quarter(list, box, count))
       return Leaf(list);
@@ -207,7 +207,7 @@ private:
       Child child{NO_CHILD, 0};
       if (count[q] > 0) {
         ++tree.nodeCount;
-        child = Split({begin[q], count[q], 1 - list.buffer, true}, childBox, depth + 1);
+        child = Split({begin[q], count[q], 1 - list.buffer, true}, childBox, level + 1);
       }
       SetChild(tree.nodes[at], q, childBox, child);
     }
