@@ -59,13 +59,13 @@ bool RLidar::CountASE(QFile& file, AseCounts& counts) const
   std::string_view rest;
   int n = 0;
   while (file.GetLine(line)) {
-    if (HasKey(line.Str(), "*NODE_NAME ", rest)) {
+    if (HasKey(line.View(), "*NODE_NAME ", rest)) {
       ++counts.objects;
       QLOG("GEOMOBJECT %s\n", std::string(rest).c_str());
-    } else if (HasKey(line.Str(), "*MESH_NUMVERTEX ", rest) && TakeInt(rest, n)) {
+    } else if (HasKey(line.View(), "*MESH_NUMVERTEX ", rest) && TakeInt(rest, n)) {
       counts.vertices += std::max(n, 0);
       QLOG("%d vertices; total %lld\n", n, static_cast<long long>(counts.vertices));
-    } else if (HasKey(line.Str(), "*MESH_NUMFACES ", rest) && TakeInt(rest, n)) {
+    } else if (HasKey(line.View(), "*MESH_NUMFACES ", rest) && TakeInt(rest, n)) {
       counts.faces += std::max(n, 0);
       QLOG("%d faces; total %lld\n", n, static_cast<long long>(counts.faces));
     }
@@ -89,14 +89,14 @@ bool RLidar::ReadASE(QFile& file, AseCounts& counts)
   std::string_view rest;
   while (file.GetLine(line)) {
     int n = 0;
-    if (HasKey(line.Str(), "*NODE_NAME ", rest)) {
+    if (HasKey(line.View(), "*NODE_NAME ", rest)) {
       if (blocks.size() == MAX_BLOCKS) {
         qlog(QLOG_FATAL, "RLidar::ImportASE", "RLidar:ImportASE; too many GEOMOBJECTS (max=%d)", MAX_BLOCKS);
         return false;
       }
       start = static_cast<int>(counts.vertices);
       blocks.push_back({start, 0});
-    } else if (HasKey(line.Str(), "*MESH_VERTEX ", rest) && TakeInt(rest, n)) {
+    } else if (HasKey(line.View(), "*MESH_VERTEX ", rest) && TakeInt(rest, n)) {
       const int64_t at = int64_t{start} + n;
       if (n < 0 || at >= PointCount()) {
         QERR("ASE load out of bounds; vertexIndex %lld >= points %d", static_cast<long long>(at), PointCount());
@@ -110,7 +110,7 @@ bool RLidar::ReadASE(QFile& file, AseCounts& counts)
         ++blocks.back().size;
       if (n % PROGRESS == 0)
         QDBG("Vertex %d: %f %f %f\r", n, double(p.x), double(p.y), double(p.z));
-    } else if (HasKey(line.Str(), "*MESH_FACE ", rest) && TakeInt(rest, n)) {
+    } else if (HasKey(line.View(), "*MESH_FACE ", rest) && TakeInt(rest, n)) {
       if (counts.faces >= TriangleCount()) {
         QERR("ASE load out of bounds; triIndex %lld >= triangles %d", static_cast<long long>(counts.faces),
              TriangleCount());
