@@ -50,6 +50,7 @@ public:
   // Only reports that it can't be done.
   void CreateSphere(float radius);
 
+  PNewtonWorld* GetWorld() const { return world; } // that it is made for
   bool HasCollision() const { return collision != nullptr; }
   const std::shared_ptr<PCollision>& Collision() const { return collision; }
 
