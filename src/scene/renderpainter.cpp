@@ -349,8 +349,8 @@ void RenderPainter::PaintNormals(const DGeob& geob)
     return;
   programs.Release();
   units.SetupNone();
-  for (const uint32_t cap : {GL_LIGHTING, GL_BLEND, GL_ALPHA_TEST, GL_FOG})
-    pipe->Disable(cap);
+  for (const int cap : {GL_LIGHTING, GL_BLEND, GL_ALPHA_TEST, GL_FOG})
+    pipe->Disable(static_cast<uint32_t>(cap));
   pipe->Enable(GL_DEPTH_TEST);
   pipe->DepthFunc(GL_LEQUAL);
   pipe->DepthMask(false);
@@ -402,8 +402,8 @@ void RenderPainter::ResetState()
   pipe->SelectUnit(0);
   pipe->DisableTexture(GL_TEXTURE_2D);
   pipe->TexEnv(GL_MODULATE);
-  for (const uint32_t cap : {GL_FOG, GL_ALPHA_TEST, GL_LIGHTING, GL_NORMALIZE, GL_CULL_FACE, GL_BLEND})
-    pipe->Disable(cap);
+  for (const int cap : {GL_FOG, GL_ALPHA_TEST, GL_LIGHTING, GL_NORMALIZE, GL_CULL_FACE, GL_BLEND})
+    pipe->Disable(static_cast<uint32_t>(cap));
   pipe->Enable(GL_DEPTH_TEST);
   pipe->DepthMask(true);
   pipe->DepthFunc(GL_LEQUAL);
