@@ -352,7 +352,7 @@ bool DDDS::Load(std::span<const std::byte> bytes, const std::string& fileName)
   return Decode(in);
 }
 
-std::shared_ptr<DTexture> DDDS::CreateTexture()
+DTexturePtr DDDS::CreateTexture()
 {
-  return std::make_shared<DDSTexture>(std::move(*this));
+  return std::make_unique<DDSTexture>(std::move(*this));
 }

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "foundation/qblock.h"
+#include "geometry/dtextureptr.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 
-class DTexture;
 class QPieceReader;
 
 // A DDS picture with its levels, as it goes to OpenGL: blocks turned upside down, since their origin is the top. The
@@ -43,7 +42,7 @@ public:
   // Any pixel of the first level that isn't opaque.
   bool HasTransparency() const { return transparent; }
   // The picture moves into the texture, which uploads it when it is first selected.
-  std::shared_ptr<DTexture> CreateTexture();
+  DTexturePtr CreateTexture();
 
 private:
   bool Decode(QPieceReader& in);

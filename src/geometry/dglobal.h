@@ -6,13 +6,11 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class DShader;
-class DTexture;
 class DWorld;
 
 // What the geometry library shares: settings, the texture pool, and what it asks of those who stand above it.
@@ -22,6 +20,7 @@ struct DGlobal
   std::vector<std::string> strings; // shared by track loads; nothing reads it yet
   // Set by the window layer while a context is current. No OpenGL call is made without it.
   bool hasContext = false;
+  uint32_t context = 0;          // counts the contexts, so that a texture knows its own
   bool softwareRenderer = false; // the context draws without graphics hardware
 
   // Textures.
@@ -39,7 +38,7 @@ struct DGlobal
   int textureDivider = 1;
   int maxAnisotropy = 1;         // samples along the steeper axis of a slanted surface
   uint32_t defaultWrap = 0x2901; // GL_REPEAT
-  std::shared_ptr<DTexture> environmentMap;
+  DTexturePtr environmentMap;
   float environmentAngle = 0; // degrees
 
   // Shaders and programs.
@@ -64,7 +63,7 @@ struct DGlobal
   std::function<bool(std::string_view key, DShader*& shader)> findResource;
   std::function<int(std::string_view name)> physicsMaterial;
   // The scene's texture behind a name such as "$mirror"; null: can't be had.
-  std::function<std::shared_ptr<DTexture>(std::string_view name)> sceneTexture;
+  std::function<DTexturePtr(std::string_view name)> sceneTexture;
   std::function<void(int done, int total, std::string_view name)> shaderProgress;
 };
 

@@ -42,6 +42,14 @@ void ReportListing(const std::string& listing)
       QWARN("%s", line.c_str());
 }
 
+// Who writes a program waits for this answer.
+void TellOldStays(const std::string& path, const std::string& listing)
+{
+  QWARN("Could not load new shader (%s). Torvik will continue with the last working shader.", path.c_str());
+  if (QReports().messageBox)
+    QReports().messageBox(path, listing);
+}
+
 } // namespace
 
 const char* DStageName(DProgramStage stage)
@@ -72,7 +80,7 @@ bool DGPUShader::LoadAndCreateFromFile(const std::string& path, const DProgramCo
     QWARN("DGPUShaderManager:MakeObject(%s): can't create CG %s shader program", path.c_str(), DStageName(stage));
     ReportListing(compiled.listing);
     if (loaded)
-      QWARN("Could not load new shader (%s). Torvik will continue with the last working shader.", path.c_str());
+      TellOldStays(path, compiled.listing);
     return false;
   }
   if (object)

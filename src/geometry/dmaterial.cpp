@@ -57,7 +57,7 @@ bool DMaterial::AddGeneratedTexture()
   auto bitmap = std::make_unique<QBitMap>(32, 2, 2);
   bitmap->SetColorAt(0, 0, QColor(255, 0, 0));
   bitmap->SetColorAt(1, 1, QColor(255, 0, 0));
-  auto generated = std::make_shared<DBitMapTexture>(std::move(bitmap));
+  auto generated = std::make_unique<DBitMapTexture>(std::move(bitmap));
   generated->SetName("q_generated");
   texture.push_back(std::move(generated));
   ClearTransparent();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/qcolor.h"
+#include "geometry/dtextureptr.h"
 #include "geometry/dvector.h"
 
 #include <cstdint>
@@ -11,7 +12,6 @@
 
 class DGeode;
 class DShader;
-class DTexture;
 class DofReader;
 struct RSurfaceType;
 class DofWriter;
@@ -19,7 +19,7 @@ class DofWriter;
 struct DMaterialLayer
 {
   static constexpr int SPHERE_MAPPED = 1;
-  std::shared_ptr<DTexture> texture;
+  DTexturePtr texture;
   int mode = 0;
   float blend = 1.0f;
 };
@@ -66,7 +66,7 @@ public:
   float angle = 0;
   float blur = 0;
   float blurOffset = 0;
-  std::vector<std::shared_ptr<DTexture>> texture; // shared with the texture pool and other materials
+  std::vector<DTexturePtr> texture; // shared with the texture pool and other materials
   std::vector<DMaterialLayer> layer;
   std::vector<std::unique_ptr<DMaterial>> sub;
   DShader* shader = nullptr;             // not owned

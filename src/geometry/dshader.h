@@ -1,17 +1,16 @@
 #pragma once
 
+#include "geometry/dtextureptr.h"
 #include "geometry/dvector.h"
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class DMaterial;
 class QFile;
-class DTexture;
 
 // One pass of a shader: a texture and the state to draw it with. Factors, functions, filters and wraps are OpenGL's
 // numbers.
@@ -53,7 +52,7 @@ struct DShaderLayer
   float minLod = 0;
   float maxLod = 1000;
   float lodBias = 0;
-  std::shared_ptr<DTexture> texture;
+  DTexturePtr texture;
   std::string mapName; // as in the file
   std::string mode = "srgb";
 };

@@ -18,14 +18,14 @@
 
 namespace {
 
-std::shared_ptr<DTexture> PlainTexture(int r, int g, int b)
+DTexturePtr PlainTexture(int r, int g, int b)
 {
   auto bitmap = std::make_unique<QBitMap>(32, 1, 1);
   bitmap->SetColorAt(0, 0, QColor(r, g, b));
-  return std::make_shared<DBitMapTexture>(std::move(bitmap));
+  return std::make_unique<DBitMapTexture>(std::move(bitmap));
 }
 
-std::shared_ptr<DTexture> SceneTexture(const std::string& mapName, const DShader& shader)
+DTexturePtr SceneTexture(const std::string& mapName, const DShader& shader)
 {
   if (DGlobals().sceneTexture)
     if (auto texture = DGlobals().sceneTexture(mapName))
@@ -55,14 +55,14 @@ std::string Upper(std::string_view text)
   return upper.Str();
 }
 
-std::shared_ptr<DTexture> LoadDDS(const std::string& path, const DShader& shader)
+DTexturePtr LoadDDS(const std::string& path, const DShader& shader)
 {
   DDDS dds;
   if (DGlobals().ddsOn && dds.Load(path))
     return dds.CreateTexture();
   if (DGlobals().ddsOn || !QFileExists(path))
     QWARN("Image '%s' loading failed (not found?) for shader %s", path.c_str(), shader.name.c_str());
-  return std::make_shared<DBitMapTexture>(d3MakeStubImage(0));
+  return std::make_unique<DBitMapTexture>(d3MakeStubImage(0));
 }
 
 // A table of the sky's colours, 256 x 64 pixels of three floats each.
@@ -96,35 +96,35 @@ private:
   std::vector<std::byte> pending;
 };
 
-std::shared_ptr<DTexture> LoadFloats(const std::string& path, const std::string& upper)
+DTexturePtr LoadFloats(const std::string& path, const std::string& upper)
 {
   QDBG("Hardcoded F32 file '%s'\n", path.c_str());
   if (upper.find("INSCATTER.") != std::string::npos)
-    return std::make_shared<DTexture3D>(path);
+    return std::make_unique<DTexture3D>(path);
   if (upper.find("TRANSMITTANCE.") != std::string::npos)
-    return std::make_shared<TableTexture>(path);
+    return std::make_unique<TableTexture>(path);
   QERR("Unknown hardcoded F32 file");
   return PlainTexture(150, 50, 50);
 }
 
 // path is that of the left picture.
-std::shared_ptr<DTexture> LoadCube(const std::string& mapName, const std::string& path)
+DTexturePtr LoadCube(const std::string& mapName, const std::string& path)
 {
   QDBG("CubeMap '%s'\n", mapName.c_str());
-  auto cube = std::make_shared<DCubeMap>();
+  auto cube = std::make_unique<DCubeMap>();
   const size_t left = path.rfind(DCubeMap::SIDE_NAMES[1]);
   cube->LoadImages(path.substr(0, std::min(left, path.size())));
   return cube;
 }
 
-std::shared_ptr<DTexture> LoadPicture(const std::string& path, const DShader& shader, const DShaderLayer& layer)
+DTexturePtr LoadPicture(const std::string& path, const DShader& shader, const DShaderLayer& layer)
 {
   bool found = false;
   auto picture = d3LoadTextureMap(path, &found, true);
   if (!found)
     QWARN("Image '%s' not found for shader %s", path.c_str(), shader.name.c_str());
   d3KeyTransparency(*picture, path);
-  auto texture = std::make_shared<DBitMapTexture>(std::move(picture));
+  auto texture = std::make_unique<DBitMapTexture>(std::move(picture));
   texture->EnableMipmap(layer.flags & DShaderLayer::MIPMAP);
   texture->SetMinFilter(layer.minFilter);
   texture->SetMagFilter(layer.magFilter);
@@ -135,8 +135,8 @@ std::shared_ptr<DTexture> LoadPicture(const std::string& path, const DShader& sh
 
 } // namespace
 
-std::shared_ptr<DTexture> DLoadShaderMap(const DShader& shader, const DShaderLayer& layer, std::string_view keyPath,
-                                         const std::string& infoFile)
+DTexturePtr DLoadShaderMap(const DShader& shader, const DShaderLayer& layer, std::string_view keyPath,
+                           const std::string& infoFile)
 {
   std::string mapName = layer.mapName;
   if (mapName.starts_with('$'))
@@ -153,9 +153,9 @@ std::shared_ptr<DTexture> DLoadShaderMap(const DShader& shader, const DShaderLay
     }
   const std::string upper = Upper(mapName);
   const bool linearBefore = std::exchange(global.linear, layer.mode != "srgb");
-  std::shared_ptr<DTexture> texture;
+  DTexturePtr texture;
   if (!global.texturesOn)
-    texture = std::make_shared<DBitMapTexture>(d3MakeStubImage(1));
+    texture = std::make_unique<DBitMapTexture>(d3MakeStubImage(1));
   else if (upper.find(".DDS") != std::string::npos)
     texture = LoadDDS(path, shader);
   else if (upper.find(".F32") != std::string::npos)
@@ -170,6 +170,6 @@ std::shared_ptr<DTexture> DLoadShaderMap(const DShader& shader, const DShaderLay
   if (texture->target == GL_TEXTURE_2D && upper.find(".F32") == std::string::npos)
     texture->SetWrap(layer.wrapS, layer.wrapT, layer.wrapR, layer.wrapQ);
   if (global.poolOn && layer.flags & DShaderLayer::CACHEABLE)
-    global.texturePool.Add(path, texture);
+    global.texturePool.Add(path, texture.get());
   return texture;
 }

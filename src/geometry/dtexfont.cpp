@@ -20,7 +20,7 @@ constexpr std::string_view ENTRY = "char";
 
 struct Picture
 {
-  std::shared_ptr<DTexture> texture;
+  DTexturePtr texture;
   DVector2 size{1.0f}; // never 0: coordinates are divided by it
 };
 
@@ -31,7 +31,7 @@ Picture LoadPicture(const std::string& path)
   if (image->LoadFailed() || !image->GetBuffer())
     return picture;
   picture.size = {std::max(image->GetWidth(), 1), std::max(image->GetHeight(), 1)};
-  picture.texture = std::make_shared<DBitMapTexture>(std::move(image));
+  picture.texture = std::make_unique<DBitMapTexture>(std::move(image));
   picture.texture->SetName(QFileBase(path.c_str()));
   picture.texture->EnableMipmap(false);
   picture.texture->SetMinFilter(0x2601); // GL_LINEAR

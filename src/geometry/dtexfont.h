@@ -1,13 +1,12 @@
 #pragma once
 
+#include "geometry/dtextureptr.h"
 #include "geometry/dvector.h"
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-class DTexture;
 class QInfo;
 
 // A font whose characters are parts of a picture: BASE.dtf and BASE.tga.
@@ -66,7 +65,7 @@ public:
   const std::vector<Char>& Chars() const { return chars; }
   const std::vector<Char>& Outlines() const { return outlines; }
   const std::vector<Range>& Ranges() const { return ranges; }
-  const std::shared_ptr<DTexture>& Texture() const { return texture; }
+  const DTexturePtr& Texture() const { return texture; }
 
   unsigned flags = 0;
   float xScale = 1.0f;
@@ -76,7 +75,7 @@ private:
   std::vector<Char> chars;
   std::vector<Char> outlines;
   std::vector<Range> ranges;
-  std::shared_ptr<DTexture> texture;
-  std::shared_ptr<DTexture> outlineTexture;
+  DTexturePtr texture;
+  DTexturePtr outlineTexture;
   int height = 0;
 };

@@ -12,16 +12,44 @@
 
 #include <algorithm>
 #include <epoxy/gl.h>
+#include <utility>
 
 DTexture::DTexture() = default;
 
+DTexturePtr::DTexturePtr(DTexture* referred) : texture(referred)
+{
+  if (texture)
+    texture->Attach();
+}
+
+void DTexturePtr::reset()
+{
+  if (DTexture* released = std::exchange(texture, nullptr); released && released->Detach())
+    delete released;
+}
+
 DTexture::~DTexture()
 {
-  if (glTexture == 0 || !DGlobals().hasContext)
+  if (refCount > 0) {
+    QERR("DTexture dtor (%s); reference count was still %d! Use D3_DETACH_TEXTURE (Detach()), not delete!",
+         GetName() ? GetName() : "", refCount);
+    QERR("DTexture dtor: Expecting crash, dangling texture pointer.");
+  }
+  DGlobals().texturePool.Remove(this);
+  // A context takes its textures along, and another one may have given the number to a texture of its own.
+  if (glTexture == 0 || !DGlobals().hasContext || context != DGlobals().context)
     return;
   DisablePbo();
   DThePipe().ForgetTexture(glTexture);
   glDeleteTextures(1, &glTexture);
+}
+
+bool DTexture::Detach()
+{
+  --refCount;
+  if (refCount < 0)
+    QERR("DTexture:Detach(); refCount<0 (refCount=%d); too many Detach() calls", refCount);
+  return refCount == 0;
 }
 
 void DTexture::Select()
@@ -81,6 +109,7 @@ void DTexture::CreateTexture()
   if (!DGlobals().hasContext)
     return;
   glGenTextures(1, &glTexture);
+  context = DGlobals().context;
   ReportLeaks(*this);
   DThePipe().SelectTexture(target, glTexture);
   glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
@@ -350,7 +379,7 @@ std::unique_ptr<QBitMap> d3MakeStubImage(int type)
 namespace {
 
 // The texture, or null and the picture that stands in.
-std::shared_ptr<DTexture> LoadDDS(const std::string& fileName, bool quiet, std::unique_ptr<QBitMap>& standIn)
+DTexturePtr LoadDDS(const std::string& fileName, bool quiet, std::unique_ptr<QBitMap>& standIn)
 {
   if (!DGlobals().ddsOn) {
     if (!quiet)
@@ -387,7 +416,7 @@ bool DMaterial::AddBitMap(const std::string& fileName, bool silent, const DGeode
       return true;
     }
   std::unique_ptr<QBitMap> bitmap;
-  std::shared_ptr<DTexture> added;
+  DTexturePtr added;
   if (DIsDDSName(fileName) && global.texturesOn) {
     added = LoadDDS(fileName, quiet, bitmap);
   } else {
@@ -399,13 +428,13 @@ bool DMaterial::AddBitMap(const std::string& fileName, bool silent, const DGeode
             geode ? geode->name.c_str() : "<no_geode>", fileName.c_str());
   }
   if (!added)
-    added = std::make_shared<DBitMapTexture>(std::move(bitmap));
+    added = std::make_unique<DBitMapTexture>(std::move(bitmap));
   if (added->HasTransparency())
     SetTransparent();
   added->SetName(base);
   added->SetWrap(GL_REPEAT, GL_REPEAT, GL_REPEAT, GL_REPEAT);
   if (global.poolOn)
-    global.texturePool.Add(fileName, added);
+    global.texturePool.Add(fileName, added.get());
   texture.push_back(std::move(added));
   return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/qobject.h"
+#include "geometry/dtextureptr.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,6 +30,12 @@ public:
   DTexture& operator=(const DTexture&) = delete;
   const char* GetClassName() const override { return "DTexture"; }
   virtual const char* GetTypeName() const { return "texture2D"; }
+
+  // A texture that others share is destroyed through its last reference alone: DTexturePtr counts for its holder.
+  void Attach() { ++refCount; }
+  // True when that was the last one: the caller destroys the texture. One too many is reported.
+  [[nodiscard]] bool Detach();
+  int GetRefCount() const { return refCount; }
 
   // Binds it to the current unit, through the pipe. Reports and does nothing without a context.
   void Select();
@@ -70,10 +77,15 @@ public:
   uint32_t pbo = 0; // OpenGL's buffer
   std::vector<std::byte> pboData;
 
+  uint32_t context = 0; // in which it was created
+
 protected:
   // Sends the pixels, with the texture bound. Here: an empty image, which the texture's maker fills.
   virtual void Upload();
   void ApplyState() const;
+
+private:
+  int refCount = 0;
 };
 
 // A texture of a picture. It keeps the picture until it went to OpenGL, and none without a context.

@@ -11,7 +11,7 @@ DTextureManager::~DTextureManager()
   DbgPrint();
 }
 
-std::shared_ptr<DTexture> DTextureManager::MakeObject(const std::string& name) const
+DTexturePtr DTextureManager::MakeObject(const std::string& name) const
 {
   bool found = false;
   auto picture = d3LoadTextureMap(name, &found, true);
@@ -19,7 +19,7 @@ std::shared_ptr<DTexture> DTextureManager::MakeObject(const std::string& name) c
     QWARN("DTextureManager:MakeObject(%s) couldn't find image", name.c_str());
     return nullptr;
   }
-  auto texture = std::make_shared<DBitMapTexture>(std::move(picture));
+  auto texture = std::make_unique<DBitMapTexture>(std::move(picture));
   texture->SetName(name.c_str());
   return texture;
 }

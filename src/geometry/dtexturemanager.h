@@ -1,11 +1,10 @@
 #pragma once
 
-#include <memory>
+#include "geometry/dtextureptr.h"
+
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-class DTexture;
 
 // Pictures that aren't tied to a material, loaded once for all who name them.
 class DTextureManager
@@ -23,10 +22,10 @@ private:
   struct Slot
   {
     std::string name;
-    std::shared_ptr<DTexture> texture;
+    DTexturePtr texture;
     int references = 0;
   };
-  std::shared_ptr<DTexture> MakeObject(const std::string& name) const;
+  DTexturePtr MakeObject(const std::string& name) const;
   std::vector<Slot> slots;
   std::unordered_map<std::string, int> byName;
 };

@@ -2,33 +2,24 @@
 
 #include "foundation/qmatch.h"
 #include "foundation/qreport.h"
-#include "geometry/dtexture.h"
 
-#include <algorithm>
-
-void DTexturePool::Add(std::string_view name, const std::shared_ptr<DTexture>& texture)
+void DTexturePool::Add(std::string_view name, DTexture* texture)
 {
-  const std::string key(name);
-  if (const auto known = byName.find(key); known != byName.end()) {
-    // One whose last user is gone makes room for the new one.
-    if (auto& entry = entries[known->second]; entry.texture.expired())
-      entry.texture = texture;
+  if (byName.contains(name))
     return;
-  }
-  if (entries.size() >= MAX_TEXTURES)
-    DropUnused();
   if (entries.size() >= MAX_TEXTURES) {
     QWARN("DTexturePool:Add(); max reached (%d)", MAX_TEXTURES);
     return;
   }
-  byName[key] = entries.size();
-  entries.push_back({key, texture});
+  const auto entry = entries.insert(entries.end(), {std::string(name), texture});
+  byName[entry->name] = entry;
+  byTexture.emplace(texture, entry);
 }
 
-std::shared_ptr<DTexture> DTexturePool::Find(std::string_view name) const
+DTexturePtr DTexturePool::Find(std::string_view name) const
 {
-  const auto known = byName.find(std::string(name));
-  return known == byName.end() ? nullptr : entries[known->second].texture.lock();
+  const auto known = byName.find(name);
+  return known == byName.end() ? nullptr : DTexturePtr(known->second->texture);
 }
 
 void DTexturePool::Remove(const DTexture* texture)
@@ -37,32 +28,25 @@ void DTexturePool::Remove(const DTexture* texture)
     QWARN("DTexturePool:Remove() null arg\n");
     return;
   }
-  Erase([&](const Entry& e) { return e.texture.lock().get() == texture; });
+  const auto [first, last] = byTexture.equal_range(texture);
+  for (auto at = first; at != last; ++at) {
+    byName.erase(at->second->name);
+    entries.erase(at->second);
+  }
+  byTexture.erase(first, last);
 }
 
 void DTexturePool::Empty()
 {
-  entries.clear();
+  byTexture.clear();
   byName.clear();
+  entries.clear();
 }
 
 void DTexturePool::FindAll(const char* pattern, const std::function<void(DTexture&)>& callback) const
 {
   QDBG("DTexturePool:FindAll(%s)\n", pattern);
   for (const Entry& e : entries)
-    if (const auto texture = e.texture.lock(); texture && QMatch(pattern, e.name.c_str()))
-      callback(*texture);
-}
-
-void DTexturePool::DropUnused()
-{
-  Erase([](const Entry& e) { return e.texture.expired(); });
-}
-
-void DTexturePool::Erase(const std::function<bool(const Entry&)>& which)
-{
-  std::erase_if(entries, which);
-  byName.clear();
-  for (size_t i = 0; i < entries.size(); ++i)
-    byName[entries[i].name] = i;
+    if (QMatch(pattern, e.name.c_str()))
+      callback(*e.texture);
 }

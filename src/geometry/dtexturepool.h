@@ -1,23 +1,22 @@
 #pragma once
 
+#include "geometry/dtextureptr.h"
+
 #include <functional>
-#include <memory>
+#include <list>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
-class DTexture;
-
-// Textures by name, so that a picture is loaded once. It holds none alive: a texture goes with its last user.
+// Textures by name, so that a picture is loaded once. It holds no reference: a texture leaves with its last user.
 class DTexturePool
 {
 public:
   static constexpr int MAX_TEXTURES = 3000;
   // A name that is there is left alone; reports at MAX_TEXTURES.
-  void Add(std::string_view name, const std::shared_ptr<DTexture>& texture);
-  std::shared_ptr<DTexture> Find(std::string_view name) const; // exact; null when absent
-  void Remove(const DTexture* texture);
+  void Add(std::string_view name, DTexture* texture);
+  DTexturePtr Find(std::string_view name) const;                                           // exact; null when absent
+  void Remove(const DTexture* texture);                                                    // under all its names
   void Empty();                                                                            // the list, not the textures
   void FindAll(const char* pattern, const std::function<void(DTexture&)>& callback) const; // by QMatch
   int Count() const { return static_cast<int>(entries.size()); }
@@ -26,11 +25,10 @@ private:
   struct Entry
   {
     std::string name;
-    std::weak_ptr<DTexture> texture;
+    DTexture* texture;
   };
-  void DropUnused();
-  void Erase(const std::function<bool(const Entry&)>& which);
-
-  std::vector<Entry> entries; // in the order of Add
-  std::unordered_map<std::string, size_t> byName;
+  using Entries = std::list<Entry>; // in the order of Add
+  Entries entries;
+  std::unordered_map<std::string_view, Entries::iterator> byName; // names are those of the entries
+  std::unordered_multimap<const DTexture*, Entries::iterator> byTexture;
 };

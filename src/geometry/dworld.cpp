@@ -184,7 +184,7 @@ bool DWorld::CreateDefaultShader()
   defaultShader->vertexFile = std::string(SHADER_DIRECTORY) + "/dyn_standard_v.cg";
   defaultShader->fragmentFile = std::string(SHADER_DIRECTORY) + "/standard_f.cg";
   DShaderLayer& layer = defaultShader->layer.emplace_back();
-  layer.texture = std::make_shared<DBitMapTexture>(d3MakeStubImage(0));
+  layer.texture = std::make_unique<DBitMapTexture>(d3MakeStubImage(0));
   layer.texEnv = 0x2100; // GL_MODULATE
   defaultShader->sortKey = 300;
   defaultShader->LoadPrograms();

@@ -52,6 +52,8 @@ RManager::~RManager()
   physics.reset();
   if (!active)
     return;
+  if (fadeTexture)
+    textures.Release(fadeTexture);
   DGlobals().findResource = nullptr;
   theManager = nullptr;
 }
@@ -126,6 +128,7 @@ void RManager::LoadConfig()
     return;
   std::srand(static_cast<unsigned>(std::time(nullptr)));
   GetInfo().GetString("machine.role", machineRole);
+  fadeTexture = textures.Load("data/images/fadeout.tga");
   LoadLanguage();
   LoadConsole();
   DGlobals().findResource = [this](std::string_view key, DShader*& shader) {
@@ -139,6 +142,11 @@ void RManager::LoadConfig()
   CheckShadowSettings();
   CheckEnvironmentMap();
   audio = std::make_unique<RAudio>(GetInfo());
+}
+
+DTexture* RManager::GetFadeTexture() const
+{
+  return fadeTexture ? textures.GetTexture(fadeTexture) : nullptr;
 }
 
 void RManager::LoadLanguage()

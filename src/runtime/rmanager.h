@@ -2,6 +2,7 @@
 
 #include "foundation/qlanguage.h"
 #include "foundation/qpath.h"
+#include "geometry/dtexturemanager.h"
 #include "runtime/rminimap.h"
 #include "runtime/rphysmatmgr.h"
 #include "runtime/rresourcemanager.h"
@@ -99,6 +100,8 @@ public:
   void SetTrack(std::unique_ptr<RTrackBase> newTrack);
   RTrackBase* GetTrack() { return track.get(); } // null: none
 
+  DTextureManager& GetTextures() { return textures; } // of pictures that no material has
+  DTexture* GetFadeTexture() const;                   // null when its picture is missing
   RResourceManager& GetResources() { return resources; }
   // Empty until the current track's road was baked into it.
   RMiniMap& GetMiniMap() { return miniMap; }
@@ -157,6 +160,8 @@ private:
   std::unique_ptr<QLanguage> languageFallback; // null: the selected one is English
   std::function<void()> checkProblems;
   RResourceManager resources;
+  DTextureManager textures;
+  int fadeTexture = 0; // a reference of textures; 0: none
   RMiniMap miniMap;
 };
 // Null while there is none.

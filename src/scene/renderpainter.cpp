@@ -1,5 +1,6 @@
 #include "scene/renderpainter.h"
 
+#include "foundation/qreport.h"
 #include "geometry/dgeob.h"
 #include "geometry/dglobal.h"
 #include "geometry/dpipe.h"
@@ -181,6 +182,8 @@ float RenderPainter::FogDensity(const DShader* shader, bool sky) const
 void RenderPainter::SetupShader(const DShader* shader, const DGeob& geob)
 {
   ++counted.shaderChanges;
+  if (!shader)
+    QWARN("sh is null");
   const uint32_t shaderFlags = shader ? shader->shaderFlags : 0;
   const bool sky = IsSky(shader, geob);
   const bool swapped = flags & WorldRenderer::SWAP_CULLING;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/qrect.h"
+#include "geometry/dtextureptr.h"
 #include "geometry/dvector.h"
 #include "scene/dfrustum.h"
 #include "scene/renderblock.h"
@@ -85,6 +86,9 @@ public:
   void SetShaderPath(std::string_view path) { shaderPath = path; }
   void SetFullscreenShaderPath(std::string_view path) { fullscreenShaderPath = path; }
   const std::string& GetShaderPath() const { return shaderPath; }
+  // The table of colours that the finished picture is graded by; null: none.
+  void SetColorGrade(DTexturePtr table) { colorGrade = std::move(table); }
+  const DTexturePtr& GetColorGrade() const { return colorGrade; }
 
   // Takes the camera's matrices for the frame.
   void SetCamera(DCamera& camera);
@@ -144,6 +148,7 @@ private:
   std::string shaderPath;
   int emptyVertexProgram = 0, emptyFragmentProgram = 0, emptyNoTexFragmentProgram = 0; // 0: none
   std::unique_ptr<DShader> visualDebug;
+  DTexturePtr colorGrade;
   std::vector<RenderLine> debugLines;
   QSystemNode* system = nullptr;
 };

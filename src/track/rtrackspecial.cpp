@@ -4,6 +4,10 @@
 #include "foundation/qinfoiterator.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
+#include "geometry/dglobal.h"
+#include "geometry/dtexture3d.h"
+#include "scene/worldrenderer.h"
+#include "scene/worldscene.h"
 #include "track/rfindfile.h"
 #include "track/rinfokeys.h"
 #include "track/rlidar.h"
@@ -280,15 +284,23 @@ void RTrack::LoadColorGrade()
   std::string leaf;
   special->GetString("gfx.colorgrade", leaf, DEFAULT_NAME);
   colorGrade = PathOf(leaf);
-  if (!RStaysInside(leaf) || !QFileExists(colorGrade)) {
-    colorGrade = DEFAULT_PATH;
-    return;
+  const auto fits = [](const QImage& image) { return image.GetWidth() == WIDTH && image.GetHeight() == HEIGHT; };
+  std::unique_ptr<QImage> image;
+  if (RStaysInside(leaf) && QFileExists(colorGrade)) {
+    image = std::make_unique<QImage>(colorGrade);
+    if (!fits(*image)) {
+      QWARN("Colorgrade texture (%s) must be 256x16 (16 maps of 16x16) - refusing map", colorGrade.c_str());
+      image = nullptr;
+    }
   }
-  const QImage image(colorGrade);
-  if (image.GetWidth() != WIDTH || image.GetHeight() != HEIGHT) {
-    QWARN("Colorgrade texture (%s) must be 256x16 (16 maps of 16x16) - refusing map", colorGrade.c_str());
+  if (!image)
     colorGrade = DEFAULT_PATH;
-  }
+  if (!host.scene || !DGlobals().texturesOn)
+    return; // nothing is graded
+  if (!image && QFileExists(colorGrade))
+    image = std::make_unique<QImage>(colorGrade);
+  if (image && fits(*image))
+    host.scene->GetRenderer()->SetColorGrade(std::make_unique<DTexture3D>(*image));
 }
 
 void RTrack::LoadWeather()

@@ -11,6 +11,7 @@
 #include "physics/pnewtonworld.h"
 #include "runtime/rmanager.h"
 #include "scene/worldgeodenode.h"
+#include "scene/worldrenderer.h"
 #include "scene/worldscene.h"
 #include "track/rcollision.h"
 #include "track/rfindfile.h"
@@ -71,7 +72,13 @@ std::vector<std::pair<std::string, std::string>> MovableKeys(const QInfo& info, 
 RTrackVRML::RTrackVRML(const RTrackHost& newHost) : RTrack(newHost)
 {}
 
-RTrackVRML::~RTrackVRML() = default;
+RTrackVRML::~RTrackVRML()
+{
+  if (!host.scene)
+    return;
+  host.scene->GetWorld()->ClearObjects();
+  host.scene->GetRenderer()->SetColorGrade(nullptr);
+}
 
 bool RTrackVRML::Load()
 {
@@ -260,6 +267,8 @@ bool RTrackVRML::LoadModel(RTrackNode& node, const LodDistances& lod) const
   }
   if (host.scene)
     host.scene->AddNode(node.sceneNode.get(), node.transformNode.get());
+  if (host.scene && !(node.flags & RTrackNode::MOVABLE))
+    host.scene->GetWorld()->Add(node.Geode());
   node.CalcBounds();
   return true;
 }
@@ -291,8 +300,11 @@ bool RTrackVRML::RemoveNode(int i)
     if (surfaceTree)
       surfaceTree->ForgetModel(*(*node)->Geode());
   }
-  if (const auto* node = nodes.At(i))
+  if (const auto* node = nodes.At(i)) {
     marshalPosts.Forget(node->get());
+    if (host.scene)
+      host.scene->GetWorld()->Remove((*node)->Geode());
+  }
   return nodes.Remove(i);
 }
 

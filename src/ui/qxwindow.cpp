@@ -31,6 +31,7 @@ bool QXWindow::Create(const QDisplayWindow& wanted)
   if (!display.CreateWindow(wanted))
     return false;
   DGlobals().hasContext = display.CreateContext();
+  ++DGlobals().context;
   DGlobals().ddsOn = DGlobals().hasContext && epoxy_has_gl_extension("GL_EXT_texture_compression_s3tc");
   DGlobals().softwareRenderer = DGlobals().hasContext && DrawsInSoftware();
   DThePipe().Invalidate();

@@ -368,7 +368,7 @@ TEST_F(ModelsReportTest, TellsOfGeobsAndMaterials)
   DMaterial& material = *Node(0).Geode()->material[0];
   material.AddSubMaterial()->name = std::string(300, 'x');
   material.shininess = 12.5f;
-  auto texture = std::make_shared<DTexture>();
+  DTexturePtr texture = std::make_unique<DTexture>();
   texture->SetName("road.tga");
   material.texture.push_back(texture);
   mode.ModeKey(QKEY_HOME);

@@ -121,16 +121,42 @@ TEST_F(Texture, PoolSharesWhatIsInUse)
   a.texture.clear();
   b.texture.clear();
   EXPECT_EQ(nullptr, pool.Find("x/a.tga")); // it keeps none alive
-  const auto other = std::make_shared<DTexture>();
+  DTexture other;
   for (int i = 0; i < DTexturePool::MAX_TEXTURES; ++i)
-    pool.Add(std::to_string(i), other);
+    pool.Add(std::to_string(i), &other);
   EXPECT_EQ(0, reports.Count("max reached"));
-  pool.Add("one more", other);
+  pool.Add("one more", &other);
   EXPECT_TRUE(reports.Contains("DTexturePool:Add(); max reached (3000)"));
   pool.Remove(nullptr);
   EXPECT_TRUE(reports.Contains("DTexturePool:Remove() null arg\n"));
-  pool.Remove(other.get());
+  pool.Remove(&other);
   EXPECT_EQ(0, pool.Count());
+}
+
+TEST_F(Texture, CountsItsUsers)
+{
+  DTexturePtr first = std::make_unique<DTexture>();
+  DTexture* texture = first.get();
+  texture->SetName("t");
+  DTexturePtr second = first;
+  EXPECT_EQ(2, texture->GetRefCount());
+  first = second;
+  second = std::move(first);
+  EXPECT_EQ(1, texture->GetRefCount());
+  EXPECT_FALSE(first);
+  DGlobals().texturePool.Add("pooled", texture);
+  second.reset();
+  EXPECT_FALSE(DGlobals().texturePool.Find("pooled")); // gone with its last user
+  {
+    DTexture broken;
+    broken.SetName("b");
+    EXPECT_FALSE(broken.Detach());
+    EXPECT_TRUE(reports.Contains("DTexture:Detach(); refCount<0 (refCount=-1); too many Detach() calls"));
+    broken.Attach();
+    broken.Attach();
+  }
+  EXPECT_TRUE(reports.Contains("DTexture dtor (b); reference count was still 1! Use D3_DETACH_TEXTURE (Detach()), not "
+                               "delete!"));
 }
 
 TEST_F(Texture, NothingIsMadeWithoutAContext)

@@ -113,7 +113,7 @@ TEST_F(GeodeInOpenGL, LayersAddUp)
   const auto plain = [](int red) {
     auto picture = std::make_unique<QBitMap>(32, 2, 2);
     picture->Fill(nullptr, QColor(red, 0, 0));
-    return std::make_shared<DBitMapTexture>(std::move(picture));
+    return std::make_unique<DBitMapTexture>(std::move(picture));
   };
   m.texture.push_back(plain(120));
   EXPECT_EQ(120, Painted(square.geode));

@@ -53,7 +53,7 @@ TEST(RenderSort, ShadersGoByTheirTermsInOrder)
   rows.push_back(OneLayerShader(300, BLEND));
   rows.push_back(OneLayerShader(301));
   for (const size_t textured : {3u, 4u}) {
-    rows[textured].layer[0].texture = std::make_shared<DTexture>();
+    rows[textured].layer[0].texture = std::make_unique<DTexture>();
     rows[textured].layer[0].texture->glTexture = static_cast<uint32_t>(textured);
   }
   for (size_t a = 0; a < rows.size(); ++a)

@@ -31,7 +31,7 @@ void FillGeode(const DemoModel& model, DGeode& geode)
     material->name = mesh.material;
     material->className = "Standard";
     material->ambient = material->diffuse = DVector4(0.8f, 0.8f, 0.8f, 1.0f);
-    auto texture = std::make_shared<DTexture>();
+    auto texture = std::make_unique<DTexture>();
     texture->SetName(TextureOf(mesh.material).c_str());
     material->texture.push_back(std::move(texture));
     geob->materialRef = geode.GetNoofMaterials() - 1;
