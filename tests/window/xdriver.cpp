@@ -56,7 +56,12 @@ bool XDriver::WaitForWindow()
     }
   }
   std::filesystem::remove(file);
-  return !window.empty() && Do("windowactivate --sync " + window);
+  if (window.empty())
+    return false;
+  // One that became active meanwhile would be waited for in vain.
+  Shell("timeout 5 xdotool windowactivate --sync " + window);
+  Settle();
+  return true;
 }
 
 bool XDriver::Do(const std::string& commands)
