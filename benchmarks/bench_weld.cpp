@@ -139,11 +139,11 @@ void PeerMeshoptimizer(benchmark::State& state)
   }
   Report(state, left);
 }
-BENCHMARK(PeerMeshoptimizer)->Name("weld_pack_sort/peer_meshoptimizer")->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerMeshoptimizer)->Name("weld, pack, sort/peer meshoptimizer")->Unit(benchmark::kMillisecond);
 #endif
 
-BENCHMARK(WeldPackSort)->Name("weld_pack_sort/pavex")->Unit(benchmark::kMillisecond);
-BENCHMARK(WeldAlone)->Name("weld_threads/pavex")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(WeldPackSort)->Name("weld, pack, sort/project")->Unit(benchmark::kMillisecond);
+BENCHMARK(WeldAlone)->Name("weld alone/project")->Unit(benchmark::kMillisecond);
 
 } // namespace
 

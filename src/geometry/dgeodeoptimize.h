@@ -25,7 +25,7 @@ int DGeobTriangulate(DGeob& geob);
 
 // The same over all geobs; counts are added up.
 int DGeodeOptimizeBursts(DGeode& geode);
-int64_t DGeodeMergeVertices(DGeode& geode); // works on several geobs at once
+int64_t DGeodeMergeVertices(DGeode& geode);
 int DGeodePackIndices(DGeode& geode);
 int DGeodeSortVertices(DGeode& geode);
 // A material of whose submaterials one alone is used becomes that one. Gives the submaterials destroyed.

@@ -45,11 +45,12 @@ int DGeobPackIndices(DGeob& geob)
     return 0;
   std::array<bool, DGeob::MAX_VERTICES> used{};
   size_t top = 0;
+  size_t count = 0;
   for (const uint16_t i : geob.index) {
+    count += used[i] ? 0 : 1;
     used[i] = true;
     top = std::max<size_t>(top, i);
   }
-  const auto count = static_cast<size_t>(std::count(used.begin(), used.end(), true));
   const size_t unused = top + 1 - count;
   try {
     FillUp(geob, top + 1);
