@@ -1,6 +1,7 @@
 #include "app/demo/writer.h"
 
 #include "app/demo/furniture.h"
+#include "app/demo/scan.h"
 #include "app/demo/terrain.h"
 #include "app/demo/textures.h"
 #include "app/demo/trees.h"
@@ -83,6 +84,7 @@ std::vector<DemoFile> DemoTrackFiles(const DemoCourse& course, const DemoScenery
     files.push_back({picture.file, QWriteTGA(*picture.paint(), QBitMap::TGA)});
   files.push_back({"crowd.wav", DemoCrowdWave()});
   files.push_back({"water.wav", DemoWaterWave()});
+  files.push_back({"track.rld", DemoRoadScan(scenery)});
   files.push_back({"track.shd", DemoShaderFile()});
   files.push_back({"geometry.ini", DemoGeometryIni(scenery)});
   files.push_back({"traffic.ini", DemoTrafficIni(course)});
