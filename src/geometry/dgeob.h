@@ -15,6 +15,8 @@ class DGeode;
 class DMaterial;
 class DofReader;
 class DofWriter;
+class DVrmlReader;
+struct DAseFile;
 
 // A run of triangles of one material. start and count are three times the index position and the number of indices:
 // count is 9 a triangle.
@@ -115,6 +117,13 @@ public:
   // A GOB1 chunk of a model file. False for the former format, which ends the model's load.
   bool ImportDOF(DofReader& in);
   void ExportDOF(DofWriter& out) const;
+
+  // Behind "*GEOMOBJECT". False (reported, but for a count of faces of 0) when the import is to end.
+  bool ImportASE(DAseFile& file);
+  // Behind "geometry". False (reported) when the import is to end.
+  bool ImportVRML(DVrmlReader& in);
+  // The shape, with "\n" at line ends. False (reported) without a material.
+  bool ExportVRML(std::string& out, const std::string& modelName, int number, int mode) const;
 
   // OpenGL names, 0 when absent.
   uint32_t vertexBuffer = 0;

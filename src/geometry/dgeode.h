@@ -7,11 +7,18 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+enum DVrmlMode
+{
+  VRML_COMPATIBLE = 1, // CR LF, and nodes around each shape that another converter looks for
+  VRML_APPEND = 2      // behind what the file holds, without a header
+};
 
 // A model: materials, and pieces of geometry that name them.
 class DGeode : public DObject
@@ -76,6 +83,20 @@ public:
   bool NeedsTangents() const; // a material's shader asks for them
   // Replaces the file. False when it couldn't be written (reported).
   [[nodiscard]] bool ExportDOF(const std::string& path) const;
+
+  // Reads an exported scene: materials without their submaterials, an object for each geometry object; each face has
+  // three vertices of its own. False (reported) when it can't be opened, or an object has no faces or no end; what was
+  // read until then stays. faceIndexOut: the source vertices of the last object, three a face.
+  bool ImportASE(std::vector<int32_t>& faceIndexOut, const std::string& fileName);
+  // The same from its text; pictures are looked for beside fileName.
+  bool ImportASE(std::vector<int32_t>& faceIndexOut, std::string_view text, const std::string& fileName);
+  // Reads a VRML 2.0 file: an object for each indexed face set. False when it can't be opened or an object is broken
+  // (reported); what was read until then stays.
+  bool ImportVRML(const std::string& fileName);
+  bool ImportVRML(std::string_view text);
+  // Writes VRML 2.0; mode is of DVrmlMode. The shapes are named after modelName, without its directory and extension.
+  // False (reported) when the file can't be written, or an object has no material: then nothing is written.
+  [[nodiscard]] bool ExportVRML(const std::string& modelName, const std::string& fileName, int mode) const;
 
 private:
   bool ImportChunks(DofReader& in);

@@ -4,6 +4,7 @@
 #include "foundation/qreport.h"
 #include "foundation/qsafewrite.h"
 #include "geometry/dgeode.h"
+#include "geometry/dreadfile.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -53,42 +54,10 @@ void DofWriter::PutString(std::string_view text)
   PutText(text);
 }
 
-namespace {
-
-// Of an open archive, for a file that the disk doesn't have.
-bool ReadMember(const std::string& path, DArray<std::byte>& content)
-{
-  std::vector<std::byte> bytes;
-  if (!QReadFile(path, bytes, true))
-    return false;
-  content.resize(bytes.size());
-  std::ranges::copy(bytes, content.data());
-  return true;
-}
-
-// In one read into memory that the arrays of the next model will take over.
-bool ReadWhole(const std::string& path, DArray<std::byte>& content)
-{
-  std::FILE* file = qfopen(path.c_str(), "rb");
-  if (!file)
-    return ReadMember(path, content);
-  struct stat info = {};
-  const bool known = fstat(fileno(file), &info) == 0;
-  if (known) {
-    content.resize(static_cast<size_t>(info.st_size));
-    std::setvbuf(file, nullptr, _IONBF, 0); // straight to its place
-    content.resize(std::fread(content.data(), 1, content.size(), file));
-  }
-  qfclose(file);
-  return known;
-}
-
-} // namespace
-
 bool DGeode::ImportDOF(const std::string& path)
 {
   DArray<std::byte> content;
-  if (!ReadWhole(path, content))
+  if (!DReadFile(path, content))
     return false;
   DofReader in(content, path);
   return ImportChunks(in);
