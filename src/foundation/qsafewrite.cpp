@@ -7,8 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <unordered_map>
 
 namespace {
 
@@ -70,7 +72,7 @@ struct QFileSet::Entry
       unlink(temporary.c_str());
   }
 
-  bool Write(std::string_view content)
+  bool Write(std::string_view content, bool flush = true)
   {
     // A directory that can't be written to also can't replace the file, so refuse before anything is made.
     struct stat old;
@@ -85,7 +87,7 @@ struct QFileSet::Entry
     if (fd < 0)
       return false;
     temporary = name;
-    bool good = WriteAll(fd, content) && TakeOverAttributes(fd, target) && fsync(fd) == 0;
+    bool good = WriteAll(fd, content) && TakeOverAttributes(fd, target) && (!flush || fsync(fd) == 0);
     const int reason = errno;
     if (close(fd) != 0)
       good = false;
@@ -94,12 +96,13 @@ struct QFileSet::Entry
     return good;
   }
 
-  bool Rename()
+  bool Rename(bool flush = true)
   {
     if (rename(temporary.c_str(), target.c_str()) != 0)
       return false;
     temporary.clear();
-    FlushDirectory(DirectoryOf(target));
+    if (flush)
+      FlushDirectory(DirectoryOf(target));
     return true;
   }
 };
@@ -137,6 +140,67 @@ bool QWriteFile(const std::string& path, std::string_view content)
 bool QWriteFile(const std::string& path, std::span<const std::byte> content)
 {
   return QWriteFile(path, std::string_view(reinterpret_cast<const char*>(content.data()), content.size()));
+}
+
+// By their lower-case form, as QWriteTarget would find them one by one. Of names that differ in case alone, the least.
+struct QFileBatch::Names
+{
+  explicit Names(const std::string& directory)
+  {
+    std::error_code error;
+    for (std::filesystem::directory_iterator i(directory, error), end; !error && i != end; i.increment(error)) {
+      const std::string name = i->path().filename();
+      const auto [at, isNew] = byLower.emplace(Lower(name), name);
+      if (!isNew && name < at->second)
+        at->second = name;
+    }
+  }
+  static std::string Lower(std::string name)
+  {
+    for (char& c : name)
+      if (c >= 'A' && c <= 'Z')
+        c = static_cast<char>(c - 'A' + 'a');
+    return name;
+  }
+  std::unordered_map<std::string, std::string> byLower;
+};
+
+QFileBatch::QFileBatch(const std::string& targetDirectory) :
+    directory(QFindPath(targetDirectory)), names(std::make_unique<Names>(directory))
+{}
+
+QFileBatch::~QFileBatch() = default;
+
+bool QFileBatch::Add(const std::string& name, std::span<const std::byte> content)
+{
+  auto entry = std::make_unique<QFileSet::Entry>();
+  entry->target = directory + "/" + name;
+  bool elsewhere = false;
+  if (const auto known = names->byLower.find(Names::Lower(name)); known != names->byLower.end()) {
+    const bool exists = access(entry->target.c_str(), F_OK) == 0;
+    entry->target = QWriteTarget(exists ? entry->target : directory + "/" + known->second);
+    elsewhere = DirectoryOf(entry->target) != realDirectory; // by a link
+  }
+  if (!entry->Write({reinterpret_cast<const char*>(content.data()), content.size()}, elsewhere))
+    return false;
+  entries.push_back(std::move(entry));
+  return true;
+}
+
+std::vector<std::string> QFileBatch::Commit()
+{
+  std::vector<std::string> failed;
+  const int fd = entries.empty() ? -1 : open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const bool flushed = fd >= 0 && syncfs(fd) == 0;
+  for (const auto& entry : entries)
+    if (!flushed || !entry->Rename(false))
+      failed.push_back(entry->target);
+  if (fd >= 0) {
+    fsync(fd);
+    close(fd);
+  }
+  entries.clear();
+  return failed;
 }
 
 std::string QWriteTarget(const std::string& path)

@@ -32,9 +32,33 @@ public:
   [[nodiscard]] bool Commit();
 
 private:
+  friend class QFileBatch;
   struct Entry;
   std::vector<std::unique_ptr<Entry>> entries;
   bool failed = false;
+};
+
+// Many files of one directory that don't belong together. Each is replaced as above, but they reach the disk at one
+// go: a flush a file costs more than the making of most files.
+class QFileBatch
+{
+public:
+  explicit QFileBatch(const std::string& targetDirectory);
+  ~QFileBatch(); // removes what was added and not committed
+  QFileBatch(const QFileBatch&) = delete;
+  QFileBatch& operator=(const QFileBatch&) = delete;
+  // Writes the content beside the file of that name. False when that failed; the other files aren't concerned.
+  [[nodiscard]] bool Add(const std::string& name, std::span<const std::byte> content);
+  size_t Pending() const { return entries.size(); }
+  // Flushes and renames what was added since the last one. Gives the paths that couldn't be, none when all is well.
+  [[nodiscard]] std::vector<std::string> Commit();
+
+private:
+  struct Names;
+  std::string directory;
+  std::string realDirectory;    // whose file system is flushed
+  std::unique_ptr<Names> names; // in the directory at the start
+  std::vector<std::unique_ptr<QFileSet::Entry>> entries;
 };
 
 // Where a write to path lands: the file at the end of its links, and, when no file of that very name exists, the file

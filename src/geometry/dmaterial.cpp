@@ -79,15 +79,25 @@ bool DMaterial::IsEnvironmentMapped() const
   return LayerCount() == 2 && layer[1].mode == DMaterialLayer::SPHERE_MAPPED;
 }
 
-std::string DMaterial::ShaderEntry() const
+const DTexture* DMaterial::FirstTexture() const
 {
-  if (texture.empty() && !shader)
+  if (!texture.empty())
+    return texture.front().get();
+  return shader && !shader->layer.empty() ? shader->layer.front().texture.get() : nullptr;
+}
+
+std::string DMaterial::ShaderEntry(const DGeode* owner) const
+{
+  const DTexture* first = FirstTexture();
+  if (!first)
     return ";shader_" + name + " (has no texture)\n";
-  const DTexture* first = shader && !shader->layer.empty() ? shader->layer.front().texture.get() : nullptr;
-  if (!first && !texture.empty())
-    first = texture.front().get();
-  const bool transparent = first && first->HasTransparency();
-  const std::string map = first && first->GetName() ? first->GetName() : firstTextureName;
+  std::string map = firstTextureName;
+  bool transparent = first->HasTransparency();
+  if (first->GetName()) {
+    map = first->GetName();
+  } else if (owner && !map.empty()) { // what is shown stands for that picture
+    transparent = DBitMapTexture(owner->FindMapFile(d3InsideName(map))).HasTransparency();
+  }
   std::string text = "shader_" + name + (transparent ? "~vf_standard_transparent" : "~vf_standard") +
                      "\n{\n  layer0\n  {\n    map=" + map + "\n";
   if (transparent)

@@ -96,8 +96,11 @@ public:
   // False: nothing is to be painted for this layer.
   bool PrepareToPaint(int layerIndex);
   void FinishPaint(int layerIndex);
-  // The material as an entry of a shader file.
-  std::string ShaderEntry() const;
+  // A texture of its own, or else of its shader's first layer; null without one.
+  const DTexture* FirstTexture() const;
+  // The material as an entry of a shader file; a comment without FirstTexture. owner finds the picture that was named
+  // and not loaded, and may be null.
+  std::string ShaderEntry(const DGeode* owner = nullptr) const;
 
   // A MAT0 chunk of a model file; one that ends early gives what was read. owner finds textures and may be null.
   void ImportDOF(DofReader& in, const DGeode* owner, int depth = 0);

@@ -63,6 +63,7 @@ struct ToolOption
   const char* name; // "--arrays"
   const char* help;
   const char* value = nullptr; // the value's name in the usage; null for a switch
+  bool required = false;
 };
 
 struct ToolVerb

@@ -1,14 +1,20 @@
 #include "app/tool/tool.h"
 #include "app/tool/tooljson.h"
+#include "app/tool/toolui.h"
+#include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "foundation/qsafewrite.h"
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
+#include "scene/worldscene.h"
+#include "tools/rtracksplitter.h"
 #include "track/rmarshaltemplate.h"
+#include "track/rshadertemplate.h"
 #include "track/rtrackcheck.h"
 #include "track/rtrackvrml.h"
 
 #include <array>
+#include <charconv>
 #include <memory>
 #include <span>
 
@@ -37,15 +43,21 @@ bool IsTrackName(const std::string& name)
   return false;
 }
 
+// What a verb wants to know beyond the records and the shapes. Nothing is drawn, so it is little.
+struct LoadWishes
+{
+  WorldScene* scene = nullptr; // gets the track's shaders; outlives the track
+  bool textures = false;       // their pictures
+};
+
 // Null when it failed, which is then said.
-std::unique_ptr<RTrackVRML> LoadTrack(const std::string& name)
+std::unique_ptr<RTrackVRML> LoadTrack(const std::string& name, const LoadWishes& wishes = {})
 {
   if (!IsTrackName(name))
     return nullptr;
-  // Nothing is drawn: neither shaders nor textures are asked for.
-  DGlobals().shadersOn = false;
-  DGlobals().texturesOn = false;
-  auto track = std::make_unique<RTrackVRML>(RTrackHost{.settings = &Settings()});
+  DGlobals().shadersOn = wishes.scene != nullptr;
+  DGlobals().texturesOn = wishes.textures;
+  auto track = std::make_unique<RTrackVRML>(RTrackHost{.settings = &Settings(), .scene = wishes.scene});
   track->SetName(name);
   track->progressCallback = ShowProgress;
   const bool good = track->Load();
@@ -335,6 +347,44 @@ int RunMarshalTemplate(const ToolArgs& args)
   return TOOL_DONE;
 }
 
+bool IsCellSize(const std::string& text, float& metres)
+{
+  const char* end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, metres);
+  return read.ec == std::errc() && read.ptr == end && metres > 0;
+}
+
+int RunSplit(const ToolArgs& args)
+{
+  float metres = 0;
+  if (const std::string& text = args.OptionText("--cell"); !IsCellSize(text, metres))
+    return ToolFail("--cell takes a number of metres above 0, not '%s'", text.c_str());
+  WorldScene scene; // a shader tells that its material is sky
+  const auto track = LoadTrack(args.Text(0), {.scene = &scene});
+  if (!track)
+    return TOOL_FAILED;
+  const std::string directory = RTrackSplitter::OutputDirectory(*track);
+  if (!QDirectoryExists(directory))
+    return ToolFail("there is no directory %s to split track '%s' into", directory.c_str(), args.Text(0).c_str());
+  ToolUi ui;
+  RTrackSplitter splitter(*track, ui);
+  splitter.cellSize = metres;
+  if (!splitter.Split())
+    return ToolFail("track '%s' isn't split", args.Text(0).c_str());
+  const auto& unwritten = splitter.Unwritten();
+  return unwritten.empty() ? TOOL_DONE
+                           : ToolFail("can't write %s (of %zu files)", unwritten.front().c_str(), unwritten.size());
+}
+
+int RunShaderTemplate(const ToolArgs& args)
+{
+  const auto track = LoadTrack(args.Text(0), {.textures = true});
+  if (!track)
+    return TOOL_FAILED;
+  const std::string path = RShaderTemplatePath(*track);
+  return RWriteShaderTemplate(*track) ? TOOL_DONE : ToolFail("can't write %s", path.c_str());
+}
+
 } // namespace
 
 std::vector<ToolVerb> ToolTrackVerbs()
@@ -349,5 +399,16 @@ std::vector<ToolVerb> ToolTrackVerbs()
        "Write TEMP_PAVEX_MARSHAL_POSTS.txt, a template for special.ini",
        {{"TRACK"}},
        RunMarshalTemplate},
+      {"track",
+       "split",
+       "Write a track's triangles by material and place into TRACK_split, which must exist",
+       {{"TRACK"}},
+       RunSplit,
+       {{"--cell", "side of the square cells", "METRES", true}}},
+      {"track",
+       "shader-template",
+       "Write track_template.shd, a shader for each material",
+       {{"TRACK"}},
+       RunShaderTemplate},
   };
 }

@@ -114,7 +114,7 @@ void DeclareVerb(Tool& tool, const ToolVerb& verb)
   }
   for (const ToolOption& o : verb.options) {
     if (o.value)
-      input.app->add_option(o.name, input.values.emplace_back(), o.help)->type_name(o.value);
+      input.app->add_option(o.name, input.values.emplace_back(), o.help)->type_name(o.value)->required(o.required);
     else
       input.app->add_flag(o.name, o.help);
   }
