@@ -15,13 +15,14 @@ namespace {
 constexpr const char* USAGE =
     "pavex-demo [--root DIR]                                  writes data/tracks/lakeside below DIR (default: .)\n"
     "pavex-demo [--root DIR] --centreline FILE.csv --name NAME  the same from a line of x, y, width right, width left\n"
+    "    --exports: also export/scenery.ase and scenery_multisub.ase, and SCGT/wrl/*.wrl, in the track's directory\n"
     "pavex-demo [--root DIR] --font FILE.ttf                  writes data/fonts/eurostile11.dtf and .tga\n"
     "pavex-demo [--root DIR] --data                           writes the small pictures of the data root\n";
 
 struct Options
 {
   std::string root = ".", centreline, name, font;
-  bool data = false, help = false;
+  bool data = false, exports = false, help = false;
 };
 
 bool ParseOptions(const std::vector<std::string>& arguments, Options& options)
@@ -35,6 +36,8 @@ bool ParseOptions(const std::vector<std::string>& arguments, Options& options)
                                                : nullptr;
     if (a == "--data")
       options.data = true;
+    else if (a == "--exports")
+      options.exports = true;
     else if (a == "--help")
       options.help = true;
     else if (!value || i + 1 == arguments.size() || arguments[i + 1].empty()) {
@@ -90,7 +93,7 @@ bool MakeTrack(const Options& options)
     return false;
   const DemoCourse course = DemoMakeCourse(name, line);
   const DemoScenery scenery = DemoBuildScenery(course);
-  if (!DemoWriteTrack(options.root, course, scenery))
+  if (!DemoWriteTrack(options.root, course, scenery, options.exports))
     return false;
   std::printf("%s: %.0f m, %d cross-sections, %zu nodes, %d triangles\n", name.c_str(), course.length, course.Count(),
               scenery.nodes.size(), scenery.Triangles());

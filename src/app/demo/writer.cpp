@@ -1,5 +1,6 @@
 #include "app/demo/writer.h"
 
+#include "app/demo/exports.h"
 #include "app/demo/furniture.h"
 #include "app/demo/scan.h"
 #include "app/demo/terrain.h"
@@ -94,16 +95,33 @@ std::vector<DemoFile> DemoTrackFiles(const DemoCourse& course, const DemoScenery
   return files;
 }
 
-bool DemoWriteTrack(const std::string& root, const DemoCourse& course, const DemoScenery& scenery)
+namespace {
+
+// With what the files' names need below it. Said when it can't be.
+bool MakeDirectories(const std::string& directory, const std::vector<DemoFile>& files)
+{
+  for (const DemoFile& file : files) {
+    const auto wanted = std::filesystem::path(directory + "/" + file.name).parent_path();
+    std::error_code error;
+    std::filesystem::create_directories(wanted, error);
+    if (error) {
+      QERR("DemoWriteTrack(); can't make directory '%s'", wanted.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+} // namespace
+
+bool DemoWriteTrack(const std::string& root, const DemoCourse& course, const DemoScenery& scenery, bool exports)
 {
   const std::string directory = root + "/data/tracks/" + course.name;
-  const std::vector<DemoFile> files = DemoTrackFiles(course, scenery);
-  std::error_code error;
-  std::filesystem::create_directories(directory, error);
-  if (error) {
-    QERR("DemoWriteTrack(); can't make directory '%s'", directory.c_str());
+  std::vector<DemoFile> files = exports ? DemoExportFiles(scenery) : std::vector<DemoFile>();
+  for (DemoFile& file : DemoTrackFiles(course, scenery))
+    files.push_back(std::move(file));
+  if (!MakeDirectories(directory, files))
     return false;
-  }
   QFileSet set;
   for (const DemoFile& file : files)
     if (!set.Add(directory + "/" + file.name, file.content)) {
@@ -114,6 +132,7 @@ bool DemoWriteTrack(const std::string& root, const DemoCourse& course, const Dem
     QERR("DemoWriteTrack(); can't write the files of '%s'", directory.c_str());
     return false;
   }
+  std::error_code error;
   std::filesystem::remove(directory + "/cache/trackcollision.bin", error); // of the models that stood here before
   return true;
 }
