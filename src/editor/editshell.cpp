@@ -326,25 +326,6 @@ bool EditShell::OnClick(const QEvent& event)
   return false;
 }
 
-void EditShell::OnCommand(int n)
-{
-  switch (n) {
-  case 0:
-    SelectTrack({});
-    break;
-  case 1:
-    ReloadTrack();
-    break;
-  case 2:
-    if (state.curTrack)
-      SaveTrack();
-    break;
-  default:
-    Message(EditWidgets::commandLabels[static_cast<size_t>(n)], "This command isn't part of this version yet.", true,
-            nullptr, nullptr, nullptr);
-  }
-}
-
 void EditShell::OnMouse(const QEvent& event)
 {
   const int modifiers = app.GetModifiers();
@@ -402,10 +383,7 @@ const EditShell::GlobalKey EditShell::globalKeys[] = {
      }},
     {QMOD_CTRL | QMOD_SHIFT | 'S', [](EditShell& s) { s.OnCommand(7); }},
     {QMOD_CTRL | QMOD_SHIFT | 'T', [](EditShell& s) { s.OnCommand(10); }},
-    {QMOD_CTRL | 'W',
-     [](EditShell& s) {
-       s.Message("Export WRL", "This command isn't part of this version yet.", true, nullptr, nullptr, nullptr);
-     }},
+    {QMOD_CTRL | 'W', [](EditShell& s) { s.ExportModels(); }},
     {QMOD_CTRL | 'V', [](EditShell& s) { s.state.hudVisible = !s.state.hudVisible; }},
 };
 

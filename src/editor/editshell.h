@@ -18,6 +18,7 @@ class QApp;
 class QFont;
 class QInfo;
 class QProgressDialog;
+class QToolUi;
 class QTitleBar;
 class RCar;
 class RManager;
@@ -76,6 +77,8 @@ public:
   const std::vector<std::string>& HudLines() const { return hudLines; }
 
 private:
+  struct Command;
+  static const Command commands[];
   struct GlobalKey;
   static const GlobalKey globalKeys[];
 
@@ -101,7 +104,6 @@ private:
 
   // Events.
   bool OnClick(const QEvent& event);
-  void OnCommand(int n);
   void OnMouse(const QEvent& event);
   bool OnKey(int code);
   void ToggleObjectMode();
@@ -110,6 +112,17 @@ private:
   void ToggleRendererFlag(uint32_t bit);
   void MoveCamera();
   EditMode* CurrentMode();
+
+  // Commands for exported scenery, in editcommands.cpp.
+  void OnCommand(int n);
+  void ImportModels(QToolUi& ui);
+  void SplitTrack(QToolUi& ui);
+  void CutASE(QToolUi& ui);
+  // An empty file is asked for; an empty directory is the track's own for exports. False when nothing was cut.
+  bool CutASEMultiSub(QToolUi& ui, std::string file, std::string directory, bool showResult);
+  void AutoAseToDof(QToolUi& ui);
+  void MakeShaderTemplate(QToolUi& ui);
+  void ExportModels();
 
   // Track commands, in edittrack.cpp.
   bool TrackExists(const std::string& name) const;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 class QInfo;
@@ -45,6 +46,7 @@ struct EditState
   int trackCam = -1;                // the current one: an index of the track's table, its count or -1 for none
   int keyFrame = 0;                 // selected one of the current track camera, or -1
   int selectedSpline = -1;          // line of the road that a keyframe belongs to, or -1
+  std::string importFilter;         // of the last import of models; empty: none yet
   int audioIndex = -1;              // the current ambient source; -1: none
 
   QRect viewRect{15, 32, 512, 512};

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -31,4 +33,9 @@ public:
   virtual bool AskText(const char* title, const char* prompt, std::string& text) = 0;
   // Opens a text file for the user to read.
   virtual void ShowFile(const std::string& path) = 0;
+  // Does the work for each file, in this order, and shows how far it is; a Cancel ends it behind a file. Gives the
+  // number of files whose work failed. The work on one file neither needs nor leaves anything in the process: it may be
+  // done for several at once, elsewhere.
+  virtual int WorkOnFiles(std::span<const std::string> files, QToolProgress& progress,
+                          const std::function<bool(const std::string& file)>& work);
 };

@@ -149,6 +149,7 @@ public:
   virtual void PaintLines(DOverlay&) const {}
 
   const std::string& Directory() const override { return trackDir; }
+  WorldScene* GetScene() const { return host.scene; } // that shows the scenery; null: nothing is shown
   void GetSurfaceInfo(const DVector3& position, const DVector3& direction, RSurfaceInfo& result) override;
   DVector3 FirstGridPlace() const override { return gridPos[0].from; }
 

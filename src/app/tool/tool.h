@@ -86,6 +86,8 @@ void ToolProgress(const char* what, float done);
 
 // The groups.
 std::vector<ToolVerb> ToolArchiveVerbs();
+std::vector<ToolVerb> ToolAseVerbs();
+std::vector<ToolVerb> ToolBatchVerbs();
 std::vector<ToolVerb> ToolImageVerbs();
 std::vector<ToolVerb> ToolIniVerbs();
 std::vector<ToolVerb> ToolExprVerbs();

@@ -1,5 +1,6 @@
 #include "app/tool/tool.h"
 #include "app/tool/tooljson.h"
+#include "app/tool/tooltrack.h"
 #include "app/tool/toolui.h"
 #include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
@@ -7,6 +8,7 @@
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 #include "scene/worldscene.h"
+#include "tools/qbatch.h"
 #include "tools/rtracksplitter.h"
 #include "track/rmarshaltemplate.h"
 #include "track/rshadertemplate.h"
@@ -17,57 +19,9 @@
 #include <charconv>
 #include <memory>
 #include <span>
+#include <unistd.h>
 
 namespace {
-
-// The application's settings are read and never written.
-const QInfo& Settings()
-{
-  static const QInfo settings("torvik.ini", QInfo::NO_OPEN_WARNING);
-  return settings;
-}
-
-bool ShowProgress(int current, int total, const char*)
-{
-  if (total > 0)
-    ToolProgress("Loading", static_cast<float>(current) / static_cast<float>(total));
-  return true;
-}
-
-// Said when it isn't.
-bool IsTrackName(const std::string& name)
-{
-  if (!name.empty() && name != "." && name != ".." && name.find_first_of("/\\") == std::string::npos)
-    return true;
-  ToolFail("'%s' isn't the name of a directory in data/tracks", name.c_str());
-  return false;
-}
-
-// What a verb wants to know beyond the records and the shapes. Nothing is drawn, so it is little.
-struct LoadWishes
-{
-  WorldScene* scene = nullptr; // gets the track's shaders; outlives the track
-  bool textures = false;       // their pictures
-};
-
-// Null when it failed, which is then said.
-std::unique_ptr<RTrackVRML> LoadTrack(const std::string& name, const LoadWishes& wishes = {})
-{
-  if (!IsTrackName(name))
-    return nullptr;
-  DGlobals().shadersOn = wishes.scene != nullptr;
-  DGlobals().texturesOn = wishes.textures;
-  auto track = std::make_unique<RTrackVRML>(RTrackHost{.settings = &Settings(), .scene = wishes.scene});
-  track->SetName(name);
-  track->progressCallback = ShowProgress;
-  const bool good = track->Load();
-  track->progressCallback = nullptr;
-  ToolProgress("Loading", 1);
-  if (good)
-    return track;
-  ToolFail("can't load track '%s' from %s", name.c_str(), track->trackDir.c_str());
-  return nullptr;
-}
 
 unsigned long CountTriangles(const RTrackVRML& track)
 {
@@ -81,7 +35,7 @@ unsigned long CountTriangles(const RTrackVRML& track)
 
 int RunInfo(const ToolArgs& args)
 {
-  const auto track = LoadTrack(args.Text(0));
+  const auto track = ToolLoadTrack(args.Text(0));
   if (!track)
     return TOOL_FAILED;
   ToolJson json = ToolJson::Object();
@@ -291,7 +245,7 @@ ToolJson Records(const Table& table)
 
 int RunDump(const ToolArgs& args)
 {
-  const auto track = LoadTrack(args.Text(0));
+  const auto track = ToolLoadTrack(args.Text(0));
   if (!track)
     return TOOL_FAILED;
   ToolJson pitLines = ToolJson::Array();
@@ -316,11 +270,27 @@ int RunDump(const ToolArgs& args)
 
 int RunSave(const ToolArgs& args)
 {
-  const auto track = LoadTrack(args.Text(0));
+  const auto track = ToolLoadTrack(args.Text(0));
   if (!track)
     return TOOL_FAILED;
   return track->Save() ? TOOL_DONE
                        : ToolFail("can't save track '%s' in %s", args.Text(0).c_str(), track->trackDir.c_str());
+}
+
+int RunImportDofs(const ToolArgs& args)
+{
+  const auto track = ToolLoadTrack(args.Text(0));
+  if (!track)
+    return TOOL_FAILED;
+  std::string filter = args.Option("--filter") ? args.OptionText("--filter") : "*";
+  ToolUi ui;
+  const QBatchResult result = ImportDOFs(ui, *track, {}, true, filter);
+  if (!track->Save())
+    return ToolFail("can't save track '%s' in %s", args.Text(0).c_str(), track->trackDir.c_str());
+  ::unlink((track->trackDir + "/cache/trackcollision.bin").c_str());
+  if (result.failed > 0)
+    return ToolFail("%d of %d models can't be loaded from %s", result.failed, result.files, track->trackDir.c_str());
+  return TOOL_DONE;
 }
 
 int RunCheck(const ToolArgs& args)
@@ -328,7 +298,7 @@ int RunCheck(const ToolArgs& args)
   if (!IsTrackName(args.Text(0)))
     return TOOL_FAILED;
   int status = TOOL_DONE;
-  for (const RTrackFinding& finding : RCheckTrack(args.Text(0), Settings())) {
+  for (const RTrackFinding& finding : RCheckTrack(args.Text(0), ToolSettings())) {
     ToolPrint(std::string(RTrackFinding::Word(finding.severity)) + ": " + finding.file + ": " + finding.text + "\n");
     if (finding.severity >= RTrackFinding::PROBLEM)
       status = TOOL_FAILED;
@@ -338,7 +308,7 @@ int RunCheck(const ToolArgs& args)
 
 int RunMarshalTemplate(const ToolArgs& args)
 {
-  const auto track = LoadTrack(args.Text(0));
+  const auto track = ToolLoadTrack(args.Text(0));
   if (!track)
     return TOOL_FAILED;
   const QInfo tree(track->trackDir + "/special.ini");
@@ -360,7 +330,7 @@ int RunSplit(const ToolArgs& args)
   if (const std::string& text = args.OptionText("--cell"); !IsCellSize(text, metres))
     return ToolFail("--cell takes a number of metres above 0, not '%s'", text.c_str());
   WorldScene scene; // a shader tells that its material is sky
-  const auto track = LoadTrack(args.Text(0), {.scene = &scene});
+  const auto track = ToolLoadTrack(args.Text(0), {.scene = &scene});
   if (!track)
     return TOOL_FAILED;
   const std::string directory = RTrackSplitter::OutputDirectory(*track);
@@ -378,7 +348,7 @@ int RunSplit(const ToolArgs& args)
 
 int RunShaderTemplate(const ToolArgs& args)
 {
-  const auto track = LoadTrack(args.Text(0), {.textures = true});
+  const auto track = ToolLoadTrack(args.Text(0), {.textures = true});
   if (!track)
     return TOOL_FAILED;
   const std::string path = RShaderTemplatePath(*track);
@@ -394,6 +364,12 @@ std::vector<ToolVerb> ToolTrackVerbs()
       {"track", "dump", "All records of a track", {{"TRACK"}}, RunDump},
       {"track", "check", "What an author should know of, a line each", {{"TRACK"}}, RunCheck},
       {"track", "save", "Load a track and save it, as the editor does", {{"TRACK"}}, RunSave},
+      {"track",
+       "import-dofs",
+       "Add the models of a track's directory to it",
+       {{"TRACK"}},
+       RunImportDofs,
+       {{"--filter", "Only files whose names match", "PATTERN"}}},
       {"track",
        "marshal-template",
        "Write TEMP_PAVEX_MARSHAL_POSTS.txt, a template for special.ini",

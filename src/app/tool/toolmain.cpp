@@ -17,8 +17,8 @@ namespace {
 std::vector<ToolVerb> AllVerbs()
 {
   std::vector<ToolVerb> all;
-  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolImageVerbs, ToolLidarVerbs,
-                            ToolModelVerbs, ToolShaderVerbs, ToolTrackVerbs})
+  for (const auto& group : {ToolIniVerbs, ToolExprVerbs, ToolArchiveVerbs, ToolAseVerbs, ToolBatchVerbs, ToolImageVerbs,
+                            ToolLidarVerbs, ToolModelVerbs, ToolShaderVerbs, ToolTrackVerbs})
     for (ToolVerb& verb : group())
       all.push_back(std::move(verb));
   return all;
@@ -31,7 +31,12 @@ const char* GroupHelp(std::string_view group)
   {
     std::string_view group;
     const char* help;
-  } helps[] = {{"ini", "Configuration trees"}, {"archive", "Archives"}, {"model", "Models"}, {"track", "Tracks"}};
+  } helps[] = {{"ini", "Configuration trees"},
+               {"ase", "Exported scenes"},
+               {"archive", "Archives"},
+               {"batch", "Work on all files of a track"},
+               {"model", "Models"},
+               {"track", "Tracks"}};
   for (const auto& h : helps)
     if (h.group == group)
       return h.help;
