@@ -80,11 +80,11 @@ private:
   }
   static __m128 Three(const DVector3& v)
   {
-    return _mm_movelh_ps(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(&v.x))), _mm_load_ss(&v.z));
+    return _mm_movelh_ps(_mm_castsi128_ps(_mm_loadu_si64(&v)), _mm_load_ss(&v.z));
   }
   static __m128 Two(const DVector2* v, size_t i)
   {
-    return v ? _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(v + i))) : _mm_setzero_ps();
+    return v ? _mm_castsi128_ps(_mm_loadu_si64(v + i)) : _mm_setzero_ps();
   }
 
   const DVector3* position;
