@@ -40,7 +40,10 @@ bool WriteModel(const DGeode& geode, const std::string& directory, const std::st
   const std::string target = QWriteTarget(path);
   if (!geode.ExportDOF(path))
     return false;
-  return target == path || LowerCase(target) != LowerCase(path) || std::rename(target.c_str(), path.c_str()) == 0;
+  const size_t leaf = target.find_last_of('/') + 1; // npos + 1 is 0
+  if (target.substr(leaf) == lowerName || LowerCase(target.substr(leaf)) != lowerName)
+    return true;
+  return std::rename(target.c_str(), (target.substr(0, leaf) + lowerName).c_str()) == 0;
 }
 
 // While it lives pictures are looked for in the directory, too.

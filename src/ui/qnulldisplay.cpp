@@ -34,12 +34,13 @@ void QNullDisplay::SizeWindow(int wid, int hgt)
 
 bool QNullDisplay::NextEvent(QEvent& event)
 {
-  if (raws.empty() && !steps.empty()) {
-    const std::function<void()> step = std::move(steps.front());
+  const auto isReady = [this] { return !steps.empty() && (!steps.front().ready || steps.front().ready()); };
+  if (raws.empty() && isReady()) {
+    const Step step = std::move(steps.front());
     steps.pop_front();
-    step();
+    step.run();
   }
-  if (raws.empty() && steps.empty() && ++idle > idleLimit) {
+  if (raws.empty() && !isReady() && ++idle > idleLimit) {
     ranDry = true;
     idle = 0;
     CloseWindow();

@@ -59,7 +59,12 @@ public:
   void CloseWindow();
   void Focus(bool gained); // APPFOCUS
   // Something to do once all that was pushed before is done: the way to work a dialog whose caller waits for it.
-  void Then(std::function<void()> step) { steps.push_back(std::move(step)); }
+  void Then(std::function<void()> step) { ThenWhen(nullptr, std::move(step)); }
+  // The same, but not before it is ready, and nothing that was said later either.
+  void ThenWhen(std::function<bool()> ready, std::function<void()> step)
+  {
+    steps.push_back({std::move(ready), std::move(step)});
+  }
 
   // What a person sees.
   std::string title;
@@ -78,7 +83,12 @@ public:
 
 private:
   std::deque<QEvent> raws;
-  std::deque<std::function<void()>> steps;
+  struct Step
+  {
+    std::function<bool()> ready; // empty: always
+    std::function<void()> run;
+  };
+  std::deque<Step> steps;
   int pointerX = 0, pointerY = 0;
   int idle = 0;
 };

@@ -4,6 +4,7 @@
 #include "geometry/dgeode.h"
 #include "geometry/dglobal.h"
 #include "ui/qdialog.h"
+#include "ui/qprogressdialog.h"
 #include "ui/qwindowmanager.h"
 
 #include <cmath>
@@ -114,13 +115,28 @@ void EditSession::NoteDialog()
 
 void EditSession::Answer(const std::string& text)
 {
-  display->Then([this, text] {
+  // Nobody is asked while a long operation shows how far it is, but it can be cancelled.
+  const auto isAsked = [this, text] {
+    return text == "\x1b" || !dynamic_cast<const QProgressDialog*>(application->GetWindowManager()->OpenDialog());
+  };
+  display->ThenWhen(isAsked, [this, text] {
     NoteDialog();
     if (text == "\x1b") {
       display->Key(QKEY_ESC);
       return;
     }
     display->Type(text);
+    display->Key(QKEY_ENTER);
+  });
+}
+
+void EditSession::AnswerFile(const std::string& path)
+{
+  display->Then([this, path] {
+    NoteDialog();
+    QWindowManager* manager = application->GetWindowManager();
+    manager->SetKeyboardFocus(manager->FindVisible("QEdit", ""));
+    manager->GetFocus()->SetText(path);
     display->Key(QKEY_ENTER);
   });
 }

@@ -29,6 +29,7 @@ public:
 
   // Answers the next dialog: types the text in place of what stands there and presses Enter. With "\x1b" Escape.
   void Answer(const std::string& text);
+  void AnswerFile(const std::string& path); // to the next dialog, which asks for a file
   void Key(int code);
   void Click(int x, int y);
   void ClickOn(const char* className, const char* text); // the visible control of that text; fails without

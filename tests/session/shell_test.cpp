@@ -145,14 +145,6 @@ TEST_F(ShellTest, AutoLoadOpensTheLastTrackWithTheStoredView)
   EXPECT_FLOAT_EQ(45, session.State().camera.fov);
 }
 
-TEST_F(ShellTest, CommandsThatAreNotThereSaySo)
-{
-  StartWithTrack();
-  session.Answer("");
-  session.ClickOn("QButton", "Add lighting");
-  EXPECT_NE(std::string::npos, session.LastDialog().find("isn't part of this version"));
-}
-
 TEST_F(ShellTest, ObjectModeFollowsItsKeyAndItsCheck)
 {
   StartWithTrack();
