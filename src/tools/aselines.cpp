@@ -48,6 +48,26 @@ size_t KeywordLength(uint32_t kind)
   return 0;
 }
 
+// Where the lines of positions begin that are asked for in rising order: no byte is looked at twice, however long the
+// lines are.
+class LineStarts
+{
+public:
+  LineStarts(std::string_view whole, size_t beginning) : text(whole), start(beginning), searched(beginning) {}
+  size_t Of(size_t position)
+  {
+    if (const void* feed = memrchr(text.data() + searched, '\n', position - searched))
+      start = static_cast<size_t>(static_cast<const char*>(feed) - text.data()) + 1;
+    searched = position;
+    return start + (position - start) / AseLines::MAX_LINE * AseLines::MAX_LINE;
+  }
+
+private:
+  std::string_view text;
+  size_t start;
+  size_t searched;
+};
+
 } // namespace
 
 bool AseLines::Read(const std::string& path)
@@ -57,13 +77,6 @@ bool AseLines::Read(const std::string& path)
   text = {reinterpret_cast<const char*>(content.data()), content.size()};
   Index();
   return true;
-}
-
-size_t AseLines::StartOfLine(size_t position) const
-{
-  const void* feed = position == 0 ? nullptr : memrchr(text.data(), '\n', position);
-  const size_t start = feed ? static_cast<size_t>(static_cast<const char*>(feed) - text.data()) + 1 : 0;
-  return start + (position - start) / MAX_LINE * MAX_LINE;
 }
 
 size_t AseLines::EndOfLine(size_t start) const
@@ -76,12 +89,13 @@ size_t AseLines::EndOfLine(size_t start) const
 void AseLines::Index()
 {
   lines.clear();
+  LineStarts starts(text, 0);
   for (size_t at = 0; (at = text.find('*', at)) != std::string_view::npos; ++at) {
     const uint32_t kind = KindOf(text.substr(at));
     if (kind == 0)
       continue;
     if (lines.empty() || at >= lines.back().end) {
-      const size_t start = StartOfLine(at);
+      const size_t start = starts.Of(at);
       lines.push_back({start, EndOfLine(start), 0});
     }
     if (at + KeywordLength(kind) <= lines.back().end) // else it is torn at the end of the line
@@ -119,11 +133,12 @@ size_t AseLines::Behind(size_t offset) const
 
 size_t AseLines::FindBrace(size_t offset, size_t limit) const
 {
+  LineStarts starts(text, offset);
   for (size_t at = offset; at < limit; ++at) {
-    at = text.find('}', at);
-    if (at == std::string_view::npos || at >= limit)
+    at = text.substr(0, limit).find('}', at);
+    if (at == std::string_view::npos)
       break;
-    if (at == offset || text[at - 1] == '\n' || StartOfLine(at) == at)
+    if (starts.Of(at) == at)
       return at;
   }
   return limit;

@@ -53,7 +53,6 @@ public:
 
 private:
   void Index();
-  size_t StartOfLine(size_t position) const;
   DArray<std::byte> content;
   std::string_view text;
   std::vector<Line> lines;

@@ -141,6 +141,7 @@ AseMesh::AseMesh(const AseLines& aseLines, size_t offset) : scene(aseLines)
   const size_t reference = scene.Find(AseLines::MATERIAL_REF, scene.Behind(offset));
   const size_t limit = reference == AseLines::NONE ? text.size() : scene.Lines()[reference].start;
   const size_t end = scene.FindBrace(offset, limit);
+  objectEnd = end;
   for (size_t start = offset; start < end;) {
     const size_t next = scene.EndOfLine(start);
     Add(text.substr(start, next - start));
@@ -214,6 +215,102 @@ std::string_view AseMesh::WithoutLines(std::string_view lines, int& drop) const
   return scene.Text().substr(start, end - start);
 }
 
+// The part of one material id, as it is written.
+struct AseMesh::Part
+{
+  bool Put(const AseMesh& mesh); // false: too many faces
+  bool PutEntry(const AseMesh& mesh, const Entry& entry);
+  bool PutFace(const Entry& entry);
+  // False when the face isn't in the part.
+  bool Renumber(const Entry& entry, const char* format, std::string_view keyword);
+  void PutCount(const char* format, const char* report);
+
+  int id;
+  int count;
+  std::string& out;
+  std::vector<int> mapFace = {}; // by source face: its new number, or -1
+  int newFace = 0;
+  int linesToDrop = 0;
+};
+
+void AseMesh::Part::PutCount(const char* format, const char* report)
+{
+  QDBG("Replace %s with count=%d\n", report, count);
+  AppendNumbered(out, format, count);
+}
+
+bool AseMesh::Part::PutFace(const Entry& entry)
+{
+  if (static_cast<int>(mapFace.size()) >= MAX_FACES) {
+    QWARN("Max facecount(%d) reached.", MAX_FACES);
+    return false;
+  }
+  mapFace.push_back(entry.id == id ? newFace : -1);
+  if (entry.id != id)
+    return true;
+  AppendNumbered(out, "\t\t\t*MESH_FACE %4d: ", newFace++);
+  const size_t colon = entry.text.find(':');
+  const std::string_view rest = entry.text.substr(colon == std::string_view::npos ? 0 : colon + 1);
+  const size_t part = rest.find("*MESH_MTLID");
+  out += rest.substr(0, part);
+  if (part != std::string_view::npos)
+    out += "*MESH_MTLID 0\n";
+  return true;
+}
+
+bool AseMesh::Part::Renumber(const Entry& entry, const char* format, std::string_view keyword)
+{
+  const bool known = entry.number >= 0 && entry.number < static_cast<int>(mapFace.size());
+  const int number = known ? mapFace[static_cast<size_t>(entry.number)] : -1;
+  if (number < 0)
+    return false;
+  AppendNumbered(out, format, number);
+  out += BehindNumber(entry.text, keyword);
+  return true;
+}
+
+bool AseMesh::Part::PutEntry(const AseMesh& mesh, const Entry& entry)
+{
+  switch (entry.kind) {
+  case COPIED:
+    out += mesh.WithoutLines(entry.text, linesToDrop);
+    break;
+  case NUMFACES:
+    PutCount("\t\t*MESH_NUMFACES %d\n", "NUMFACES");
+    break;
+  case NUMTVFACES:
+    PutCount("\t\t*MESH_NUMTVFACES %d\n", "TVNUMFACES");
+    break;
+  case NUMCVFACES:
+    PutCount("\t\t*MESH_NUMCVFACES %d\n", "NUMCVFACES");
+    break;
+  case FACE:
+    return PutFace(entry);
+  case TFACE:
+    Renumber(entry, "\t\t\t*MESH_TFACE %4d  ", "*MESH_TFACE ");
+    break;
+  case FACENORMAL:
+    if (!Renumber(entry, "\t\t\t*MESH_FACENORMAL %4d  ", "*MESH_FACENORMAL "))
+      linesToDrop = 3; // the normals of its vertices
+    break;
+  case CFACE:
+    Renumber(entry, "\t\t\t*MESH_CFACE %4d  ", "*MESH_CFACE ");
+    break;
+  }
+  return true;
+}
+
+bool AseMesh::Part::Put(const AseMesh& mesh)
+{
+  for (const Entry& entry : mesh.entries) {
+    if (linesToDrop > 0 && entry.kind != COPIED)
+      --linesToDrop;
+    else if (!PutEntry(mesh, entry))
+      return false;
+  }
+  return true;
+}
+
 bool AseMesh::Compose(int id, std::string& out) const
 {
   const int count = CountFaces(id);
@@ -221,67 +318,18 @@ bool AseMesh::Compose(int id, std::string& out) const
   if (count == 0)
     return false;
   out += "*GEOMOBJECT {\n";
-  std::vector<int> mapFace; // by source face: its new number, or -1
-  int newFace = 0;
-  int normalsToDrop = 0;
-  const auto renumbered = [&](const Entry& entry, const char* format, std::string_view keyword) {
-    const bool known = entry.number >= 0 && entry.number < static_cast<int>(mapFace.size());
-    const int number = known ? mapFace[static_cast<size_t>(entry.number)] : -1;
-    if (number < 0)
+  Part part{id, count, out};
+  if (!part.Put(*this))
+    return false;
+  // The lines dropped with a face don't stop at the object's end; where they hide it, what follows is taken as well.
+  const size_t size = scene.Text().size();
+  for (size_t next = objectEnd; part.linesToDrop > 0 && next < size;) {
+    for (; part.linesToDrop > 0 && next < size; --part.linesToDrop)
+      next = scene.EndOfLine(next);
+    const AseMesh behind(scene, next);
+    if (!part.Put(behind))
       return false;
-    AppendNumbered(out, format, number);
-    out += BehindNumber(entry.text, keyword);
-    return true;
-  };
-  for (const Entry& entry : entries) {
-    if (normalsToDrop > 0 && entry.kind != COPIED) {
-      --normalsToDrop;
-      continue;
-    }
-    switch (entry.kind) {
-    case COPIED:
-      out += WithoutLines(entry.text, normalsToDrop);
-      break;
-    case NUMFACES:
-      QDBG("Replace NUMFACES with count=%d\n", count);
-      AppendNumbered(out, "\t\t*MESH_NUMFACES %d\n", count);
-      break;
-    case NUMTVFACES:
-      QDBG("Replace TVNUMFACES with count=%d\n", count);
-      AppendNumbered(out, "\t\t*MESH_NUMTVFACES %d\n", count);
-      break;
-    case NUMCVFACES:
-      QDBG("Replace NUMCVFACES with count=%d\n", count);
-      AppendNumbered(out, "\t\t*MESH_NUMCVFACES %d\n", count);
-      break;
-    case FACE: {
-      if (static_cast<int>(mapFace.size()) >= MAX_FACES) {
-        QWARN("Max facecount(%d) reached.", MAX_FACES);
-        return false;
-      }
-      mapFace.push_back(entry.id == id ? newFace : -1);
-      if (entry.id != id)
-        break;
-      AppendNumbered(out, "\t\t\t*MESH_FACE %4d: ", newFace++);
-      const size_t colon = entry.text.find(':');
-      const std::string_view rest = entry.text.substr(colon == std::string_view::npos ? 0 : colon + 1);
-      const size_t part = rest.find("*MESH_MTLID");
-      out += rest.substr(0, part);
-      if (part != std::string_view::npos)
-        out += "*MESH_MTLID 0\n";
-      break;
-    }
-    case TFACE:
-      renumbered(entry, "\t\t\t*MESH_TFACE %4d  ", "*MESH_TFACE ");
-      break;
-    case FACENORMAL:
-      if (!renumbered(entry, "\t\t\t*MESH_FACENORMAL %4d  ", "*MESH_FACENORMAL "))
-        normalsToDrop = 3;
-      break;
-    case CFACE:
-      renumbered(entry, "\t\t\t*MESH_CFACE %4d  ", "*MESH_CFACE ");
-      break;
-    }
+    next = behind.objectEnd;
   }
   out += "\t*MATERIAL_REF 0\n}\n";
   return true;

@@ -74,12 +74,14 @@ private:
     int atLineEnd; // -1: something stands behind it
     int number;
   };
+  struct Part;
   void Add(std::string_view line);
   Entry ReadWords(std::string_view line);
   std::string_view WithoutLines(std::string_view lines, int& drop) const;
   int CountFaces(int id) const;
 
   const AseLines& scene;
+  size_t objectEnd = 0; // where the line begins that ends the object
   std::vector<Entry> entries;
   std::vector<Id> ids; // of all lines that have one
 };
