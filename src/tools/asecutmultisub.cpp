@@ -1,6 +1,5 @@
 #include "tools/asecutmultisub.h"
 
-#include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
 #include "tools/asemultisub.h"
@@ -109,7 +108,7 @@ MultiCutter::Outcome MultiCutter::CutSub(const AseMesh& mesh, int material, int 
   const std::string& subName = materials.Name(material, sub);
   const std::string leaf = LowerCase("TEMP_" + subName + "_" + std::to_string(sub) + "_" + objectName + ".ase");
   const std::string working = PathOf(leaf);
-  if (QFileExists(working))
+  if (::access(working.c_str(), F_OK) == 0) // that very name: a search without regard to case reads the whole directory
     qinfo("ASECutMS: outfile '%s' already exists; overwriting.", working.c_str());
   out.assign(header.Text());
   out += "\t*MATERIAL_COUNT 1\n";
