@@ -65,19 +65,26 @@ const EditShell::Command EditShell::commands[] = {
     {true, [](EditShell& s, QToolUi& ui) { BatchOptimizeDOFs(ui, s.state.curTrack->trackDir); }},
 };
 
+EditToolUi EditShell::MakeToolUi()
+{
+  return {app.GetShell(), [this] { KeepFrame(); }, [this] { PaintKept(); }};
+}
+
 void EditShell::OnCommand(int n)
 {
   const Command& command = commands[n];
-  EditToolUi ui(app.GetShell());
+  EditToolUi ui = MakeToolUi();
   if (state.curTrack || !command.needsTrack)
     command.run(*this, ui);
+  kept.Drop();
 }
 
 void EditShell::ExportModels()
 {
-  EditToolUi ui(app.GetShell());
+  EditToolUi ui = MakeToolUi();
   if (state.curTrack)
     ExportAllWRL(ui, *state.curTrack);
+  kept.Drop();
 }
 
 void EditShell::ImportModels(QToolUi& ui)

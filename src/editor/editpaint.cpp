@@ -64,6 +64,12 @@ void EditShell::idleFunc()
 
 void EditShell::PaintAll()
 {
+  PaintPicture();
+  app.GetShell()->GetCanvas().Swap();
+}
+
+void EditShell::PaintPicture()
+{
   state.now = app.GetDisplay().Clock();
   QShell& shell = *app.GetShell();
   view.SetShellSize(shell.GetWidth(), shell.GetHeight());
@@ -71,7 +77,6 @@ void EditShell::PaintAll()
     shell.GetCanvas().SetColor(PX_BLACK);
     shell.GetCanvas().Clear();
     PaintDialog();
-    shell.GetCanvas().Swap();
     return;
   }
   PrepareScene();
@@ -92,7 +97,23 @@ void EditShell::PaintAll()
   }
   PaintMiniMap();
   PaintPanels();
-  shell.GetCanvas().Swap();
+}
+
+void EditShell::KeepFrame()
+{
+  PaintPicture();
+  QShell& shell = *app.GetShell();
+  shell.GetCanvas().Flush();
+  const float scale = app.GetDisplay().Scale();
+  const auto device = [=](int size) { return static_cast<int>(std::lround(static_cast<float>(size) * scale)); };
+  kept.Take(device(shell.GetWidth()), device(shell.GetHeight()));
+}
+
+void EditShell::PaintKept()
+{
+  kept.Paint();
+  PaintDialog();
+  app.GetShell()->GetCanvas().Swap();
 }
 
 int64_t EditShell::Clock() const

@@ -5,7 +5,9 @@
 #include "editor/editstate.h"
 #include "editor/editview.h"
 
+#include "ui/qkeptframe.h"
 #include <array>
+
 #include <memory>
 #include <string>
 
@@ -18,6 +20,7 @@ class QApp;
 class QFont;
 class QInfo;
 class QProgressDialog;
+class EditToolUi;
 class QToolUi;
 class QTitleBar;
 class RCar;
@@ -92,6 +95,9 @@ private:
 
   // Painting, in editpaint.cpp.
   void PaintAll();
+  void PaintPicture(); // all but the swap
+  void KeepFrame();
+  void PaintKept();
   void PrepareScene();
   void PaintOverlay(int flags);
   void PaintPickLine(DOverlay& overlay) const;
@@ -114,6 +120,7 @@ private:
   EditMode* CurrentMode();
 
   // Commands for exported scenery, in editcommands.cpp.
+  EditToolUi MakeToolUi();
   void OnCommand(int n);
   void ImportModels(QToolUi& ui);
   void SplitTrack(QToolUi& ui);
@@ -139,6 +146,7 @@ private:
   std::unique_ptr<QFont> font;
   std::unique_ptr<QTitleBar> titleBar;
   std::unique_ptr<EditWidgets> widgets;
+  QKeptFrame kept; // below the dialogs of a tool at work
   std::unique_ptr<DCameraAnimated> viewCamera;
   std::unique_ptr<DRail> rail; // the view camera alone
   std::unique_ptr<DDirector> director;

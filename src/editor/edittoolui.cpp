@@ -14,8 +14,11 @@ constexpr int TEXT_LENGTH = 256;
 class DialogProgress : public QToolProgress
 {
 public:
-  DialogProgress(QWindow* shell, const char* title, const char* text) : dialog(shell, PROGRESS_AREA, title, text)
+  DialogProgress(QWindow* shell, const char* title, const char* text, const std::function<void()>& paint) :
+      dialog(shell, PROGRESS_AREA, title, text)
   {
+    dialog.SetCallback(paint);
+    paint();
     Poll();
   }
   void SetText(std::string_view text) override { dialog.SetText(text); }
@@ -31,7 +34,8 @@ private:
 
 std::unique_ptr<QToolProgress> EditToolUi::OpenProgress(const char* title, const char* text)
 {
-  return std::make_unique<DialogProgress>(shell, title, text);
+  keepFrame();
+  return std::make_unique<DialogProgress>(shell, title, text, paintKept);
 }
 
 bool EditToolUi::Confirm(const char* title, const char* text)

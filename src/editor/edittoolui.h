@@ -8,8 +8,11 @@ class QWindow;
 class EditToolUi : public QToolUi
 {
 public:
-  // The shell owns the dialogs.
-  explicit EditToolUi(QWindow* newShell) : shell(newShell) {}
+  // The shell owns the dialogs. keep notes what the window shows, before a tool starts; paint shows that again, with
+  // the open dialog, while it is at work.
+  EditToolUi(QWindow* newShell, std::function<void()> keep, std::function<void()> paint) :
+      shell(newShell), keepFrame(std::move(keep)), paintKept(std::move(paint))
+  {}
   std::unique_ptr<QToolProgress> OpenProgress(const char* title, const char* text) override;
   bool Confirm(const char* title, const char* text) override;
   void Tell(const char* title, std::string_view text) override;
@@ -18,4 +21,5 @@ public:
 
 private:
   QWindow* shell;
+  std::function<void()> keepFrame, paintKept;
 };
