@@ -4,10 +4,9 @@
 #include "editor/editmode.h"
 #include "editor/editstate.h"
 #include "editor/editview.h"
-
 #include "ui/qkeptframe.h"
-#include <array>
 
+#include <array>
 #include <memory>
 #include <string>
 
