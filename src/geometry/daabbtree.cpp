@@ -4,6 +4,7 @@
 #include "geometry/dgeode.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -103,27 +104,30 @@ struct Halves
 class DAABBTree::Builder
 {
 public:
-  explicit Builder(DAABBTree& owner) : tree(owner), ordered(owner.poly.size())
+  explicit Builder(DAABBTree& owner) : tree(owner)
   {
     const size_t count = tree.poly.size();
     buffer[0].resize(count);
     buffer[1].resize(count);
-    tree.pairs.resize(count - 1);
+    order.resize(count);
   }
   void Build()
   {
     const size_t count = tree.poly.size();
     Gathered box = GatheredNothing();
     for (size_t i = 0; i < count; ++i) {
-      buffer[0][i] = ItemOf(tree.poly[i], static_cast<int>(i));
-      Gather(box, buffer[0][i]);
+      const Item& item = buffer[0][i] = ItemOf(tree.poly[i], static_cast<int>(i));
+      Gather(box, item);
+      for (int axis = 0; axis < 3; ++axis)
+        tree.isOrderly = tree.isOrderly && item.min[axis] <= -item.negMax[axis];
     }
     tree.root = BoxOf(box);
-    if (count > 1)
-      Split({0, count, 0, true}, box, 1); // the last record that was pushed is the head
+    const List all{0, count, 0, true}; // the last record that was pushed is the head
+    if (count > RUN_SIZE)
+      SplitNode(all, box, 1);
     else
-      ordered[0] = tree.poly[0];
-    tree.poly.swap(ordered);
+      SplitRun(all, box);
+    MovePolys();
   }
 
 private:
@@ -192,26 +196,20 @@ private:
       halves.box[side] = BoxOfList(halves.list[side]);
   }
 
-  void SetNode(DAABBNode& node, const Gathered& gathered, int link)
+  Halves Halve(const List& list, const Gathered& box)
   {
-    alignas(16) float negMax[4];
-    _mm_store_ps(&node.min.x, gathered.min);
-    _mm_store_ps(negMax, gathered.negMax);
-    node.max = {-negMax[0], -negMax[1], -negMax[2]};
-    node.link = link;
-    node.unused = 0;
+    const Cut cut = CutOf(BoxOf(box));
+    Halves halves = list.reversed ? Divide<-1>(list, cut) : Divide<1>(list, cut);
+    if (halves.list[0].count == 0 || halves.list[1].count == 0)
+      Share(halves);
+    return halves;
   }
 
   // Leaves get their numbers in the order in which a query meets them.
-  int Leaf(const Item& item)
-  {
-    const int at = leaves++;
-    ordered[static_cast<size_t>(at)] = tree.poly[static_cast<size_t>(item.number)];
-    return ~at;
-  }
+  void Leaf(const Item& item) { order[leaves++] = item.number; }
 
   // The commonest list: by hand.
-  int SplitTwo(const List& list, const Gathered& box)
+  void SplitTwo(const List& list, const Gathered& box)
   {
     const Item* const items = &buffer[list.buffer][list.begin];
     const Item& first = items[list.reversed ? 1 : 0];
@@ -221,39 +219,91 @@ private:
     const bool secondLeft = second.Center(cut.axis) < cut.middle;
     // Together on the right the later one is the head and stays; together on the left too.
     const bool isFirstLeft = firstLeft != secondLeft ? firstLeft : !firstLeft;
-    const Item& left = isFirstLeft ? first : second;
-    const Item& right = isFirstLeft ? second : first;
-    const int at = pairCount++;
-    Pair& pair = tree.pairs[static_cast<size_t>(at)];
-    SetNode(pair.child[0], {Lower(left), Upper(left)}, Leaf(left));
-    SetNode(pair.child[1], {Lower(right), Upper(right)}, Leaf(right));
-    return at;
+    Leaf(isFirstLeft ? first : second);
+    Leaf(isFirstLeft ? second : first);
   }
 
-  int Split(const List& list, const Gathered& box, int level)
+  // Only the order is kept.
+  void SplitRun(const List& list, const Gathered& box)
   {
-    tree.depth = std::max(tree.depth, level);
     if (list.count == 2)
       return SplitTwo(list, box);
-    const Cut cut = CutOf(BoxOf(box));
-    Halves halves = list.reversed ? Divide<-1>(list, cut) : Divide<1>(list, cut);
-    if (halves.list[0].count == 0 || halves.list[1].count == 0)
-      Share(halves);
-    const int at = pairCount++;
+    if (list.count == 1)
+      return Leaf(buffer[list.buffer][list.begin]);
+    const Halves halves = Halve(list, box);
+    for (int side = 0; side < 2; ++side)
+      SplitRun(halves.list[side], halves.box[side]);
+  }
+
+  static void SetChild(Node& node, size_t q, const Gathered& gathered, int link, int end)
+  {
+    alignas(16) float min[4];
+    alignas(16) float negMax[4];
+    _mm_store_ps(min, gathered.min);
+    _mm_store_ps(negMax, gathered.negMax);
+    node.minX[q] = min[0];
+    node.minY[q] = min[1];
+    node.minZ[q] = min[2];
+    node.maxX[q] = -negMax[0];
+    node.maxY[q] = -negMax[1];
+    node.maxZ[q] = -negMax[2];
+    node.link[q] = link;
+    node.end[q] = end;
+  }
+
+  int SplitNode(const List& list, const Gathered& box, int level)
+  {
+    tree.depth = std::max(tree.depth, level);
+    const size_t at = tree.nodes.size();
+    tree.nodes.emplace_back();
+    std::array<List, 4> part;
+    std::array<Gathered, 4> partBox;
+    size_t parts = 0;
+    const auto add = [&](const Halves& halves, int side) {
+      part[parts] = halves.list[side];
+      partBox[parts++] = halves.box[side];
+    };
+    const Halves halves = Halve(list, box);
     for (int side = 0; side < 2; ++side) {
-      const List& half = halves.list[side];
-      const int link =
-          half.count > 1 ? Split(half, halves.box[side], level + 1) : Leaf(buffer[half.buffer][half.begin]);
-      SetNode(tree.pairs[static_cast<size_t>(at)].child[side], halves.box[side], link);
+      if (halves.list[side].count <= RUN_SIZE) {
+        add(halves, side);
+        continue;
+      }
+      const Halves quarters = Halve(halves.list[side], halves.box[side]);
+      add(quarters, 0);
+      add(quarters, 1);
     }
-    return at;
+    for (size_t q = 0; q < parts; ++q) {
+      int link = SHORT_RUN;
+      if (part[q].count > RUN_SIZE)
+        link = SplitNode(part[q], partBox[q], level + 1);
+      else
+        SplitRun(part[q], partBox[q]);
+      SetChild(tree.nodes[at], q, partBox[q], link, static_cast<int>(leaves));
+    }
+    for (size_t q = parts; q < 4; ++q) // no number: meets nothing
+      SetChild(tree.nodes[at], q, {_mm_set1_ps(NAN), _mm_set1_ps(NAN)}, SHORT_RUN, static_cast<int>(leaves));
+    return static_cast<int>(at);
+  }
+
+  // The records take the memory of one of the buffers, which was touched before.
+  void MovePolys()
+  {
+    constexpr size_t AHEAD = 8;
+    buffer[0] = {};
+    DArray<DAABBPolyInfo> ordered(order.size());
+    for (size_t i = 0; i < order.size(); ++i) {
+      if (i + AHEAD < order.size())
+        __builtin_prefetch(&tree.poly[static_cast<size_t>(order[i + AHEAD])]);
+      ordered[i] = tree.poly[static_cast<size_t>(order[i])];
+    }
+    tree.poly.swap(ordered);
   }
 
   DAABBTree& tree;
-  DArray<DAABBPolyInfo> ordered;
+  DArray<int> order; // the records, leaf by leaf
   DArray<Item> buffer[2];
-  int pairCount = 0;
-  int leaves = 0;
+  size_t leaves = 0;
 };
 
 void DAABBTree::AddGeob(const DGeob& geob)
@@ -284,21 +334,36 @@ void DAABBTree::Finish()
     Builder(*this).Build();
 }
 
-void DAABBTree::DbgPrintPair(int link, int level) const
+// Both children of a node with these triangles, by the rule that put them into their order.
+void DAABBTree::DbgPrintRun(size_t begin, size_t count, int level) const
 {
-  for (const DAABBNode& node : pairs[static_cast<size_t>(link)].child) {
-    DAABB box;
-    static_cast<DBox&>(box) = node.Box();
-    box.DbgPrint((std::string(static_cast<size_t>(level), ' ') + (node.IsLeaf() ? "leaf" : "node")).c_str());
-    if (!node.IsLeaf())
-      DbgPrintPair(node.link, level + 1);
+  const auto boxOf = [this](size_t from, size_t n) {
+    DAABB box = DAABB::Nothing();
+    for (size_t i = from; i < from + n; ++i)
+      for (const DVector3& corner : poly[i].corner)
+        box.Include(corner);
+    return box;
+  };
+  const Cut cut = CutOf(boxOf(begin, count));
+  size_t lefts = 0;
+  while (lefts < count && ItemOf(poly[begin + lefts], 0).Center(cut.axis) < cut.middle)
+    ++lefts;
+  const size_t stay = (count - 1) / 2 + 1;
+  if (lefts == count)
+    lefts = stay;
+  else if (lefts == 0)
+    lefts = count - stay;
+  for (const auto& [from, n] : {std::pair(begin, lefts), std::pair(begin + lefts, count - lefts)}) {
+    boxOf(from, n).DbgPrint((std::string(static_cast<size_t>(level), ' ') + (n == 1 ? "leaf" : "node")).c_str());
+    if (n > 1)
+      DbgPrintRun(from, n, level + 1);
   }
 }
 
 void DAABBTree::DbgPrint() const
 {
   root.DbgPrint("root");
-  if (!pairs.empty())
-    DbgPrintPair(0, 1);
+  if (finished && poly.size() > 1)
+    DbgPrintRun(0, poly.size(), 1);
   QDBG("Total #nodes: %d, total #polys: %d\n", NodeCount(), PolyCount());
 }
