@@ -5,6 +5,7 @@
 #include "geometry/dintersect.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <emmintrin.h>
 #include <limits>
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr float NOWHERE = std::numeric_limits<float>::max();
+constexpr size_t PADDING = 4; // of the leaves' data, which are read four at a time
 constexpr int NO_CHILD = std::numeric_limits<int>::min();
 
 // A triangle as the build moves it about: its box and the middle of its corners in x and z, in two vectors. The upper
@@ -53,6 +55,55 @@ struct List
   bool reversed;
 };
 
+// Where a triangle lies in x and z, in cells of its leaf: 250 along the longer side of the leaf's box, with one more
+// all round. A ray straight down that passes a triangle by a whole cell can't be taken for a hit by the rounding of
+// RayTriangle, provided the triangle is no sliver when seen from above: then u and v are off by less than a cell.
+class Grid
+{
+public:
+  static constexpr uint32_t EVERYWHERE = 0;  // a sliver, which any ray may hit by rounding
+  static constexpr float SLIVER = 1 / 64.0f; // of the area to the square of an edge
+
+  Grid(float fromX, float fromZ, float side) :
+      x(fromX), z(fromZ), scale(side > SMALLEST && side < LARGEST ? CELLS / side : 0)
+  {}
+  uint32_t Of(const Item& item) const
+  {
+    return Bytes(Cell(item.min.x - x) - 1, Cell(-item.negMax.x - x) + 1, Cell(item.min.z - z) - 1,
+                 Cell(-item.negMax.z - z) + 1);
+  }
+  // A ray's cell is in a triangle's cells when none of the triangle's bytes is above the ray's.
+  uint32_t OfRay(float atX, float atZ) const
+  {
+    const uint32_t cellX = Cell(atX - x);
+    const uint32_t cellZ = Cell(atZ - z);
+    return Bytes(cellX, cellX, cellZ, cellZ);
+  }
+
+private:
+  static constexpr float CELLS = 250;
+  static constexpr float SMALLEST = 1e-20f;
+  static constexpr float LARGEST = 1e20f;
+  uint32_t Cell(float distance) const
+  {
+    return static_cast<uint32_t>(std::max(-2.0f, std::min(distance * scale, CELLS + 2)) + 3); // 1..255
+  }
+  static uint32_t Bytes(uint32_t minX, uint32_t maxX, uint32_t minZ, uint32_t maxZ)
+  {
+    return minX | (255 - std::min(maxX, 255U)) << 8 | minZ << 16 | (255 - std::min(maxZ, 255U)) << 24;
+  }
+  float x, z;
+  float scale;
+};
+
+bool IsSliver(const DVector3& a, const DVector3& b, const DVector3& c)
+{
+  const DVector2 e1(b.x - a.x, b.z - a.z);
+  const DVector2 e2(c.x - a.x, c.z - a.z);
+  const float edge = std::max(glm::dot(e1, e1), glm::dot(e2, e2));
+  return !(std::abs(e1.x * e2.y - e1.y * e2.x) >= Grid::SLIVER * edge && edge < 1e30f);
+}
+
 } // namespace
 
 // Splits lists as linked ones would be split: a triangle goes to the head of its quadrant's list, so each split
@@ -70,10 +121,12 @@ public:
       number[i].resize(count);
     }
     quadrant.resize(count);
+    tree.leafData.resize(2 * count + PADDING);
     Gathered box;
     for (size_t i = 0; i < count; ++i) {
-      item[0][i] = ItemOf(i);
-      number[0][i] = static_cast<int>(i);
+      bool isSliver = false;
+      item[0][i] = ItemOf(i, isSliver);
+      number[0][i] = static_cast<int>(static_cast<unsigned>(i) | (isSliver ? SLIVER_BIT : 0));
       box.Add(_mm_load_ps(&item[0][i].min.x), _mm_load_ps(&item[0][i].negMax.x));
     }
     tree.rootBox = box.Box();
@@ -82,12 +135,15 @@ public:
   }
 
 private:
-  Item ItemOf(size_t triangle) const
+  static constexpr unsigned SLIVER_BIT = 1U << 31;
+
+  Item ItemOf(size_t triangle, bool& isSliver) const
   {
     const uint32_t* const corner = &tree.index[3 * triangle];
     const DVector3& a = tree.vertex[corner[0]];
     const DVector3& b = tree.vertex[corner[1]];
     const DVector3& c = tree.vertex[corner[2]];
+    isSliver = IsSliver(a, b, c);
     Item made{DVector3(NOWHERE), (a.x + b.x + c.x) / 3, DVector3(NOWHERE), (a.z + b.z + c.z) / 3};
     for (const DVector3* v : {&a, &b, &c})
       for (int axis = 0; axis < 3; ++axis) {
@@ -97,15 +153,20 @@ private:
     return made;
   }
 
-  // The list, from its head on, becomes a run of the order.
-  Child Leaf(const List& list)
+  // The list, from its head on, becomes a run of the leaves' triangles.
+  Child MakeLeaf(const List& list, const DBox& box)
   {
-    const int* const numbers = &number[list.buffer][list.begin];
-    int* const to = &tree.order[list.begin];
-    if (list.reversed)
-      std::reverse_copy(numbers, numbers + list.count, to);
-    else
-      std::copy_n(numbers, list.count, to);
+    const Grid grid(box.min.x, box.min.z, Longer(box.max.x - box.min.x, box.max.z - box.min.z));
+    const Item* items = &item[list.buffer][list.begin];
+    const int* numbers = &number[list.buffer][list.begin];
+    int* cells = &tree.leafData[2 * list.begin];
+    int* triangles = cells + list.count;
+    for (size_t i = 0; i < list.count; ++i) {
+      const size_t at = list.reversed ? list.count - 1 - i : i;
+      const auto marked = static_cast<unsigned>(numbers[at]);
+      cells[i] = static_cast<int>(marked & SLIVER_BIT ? Grid::EVERYWHERE : grid.Of(items[at]));
+      triangles[i] = static_cast<int>(marked & ~SLIVER_BIT);
+    }
     return {~static_cast<int>(list.begin), static_cast<int>(list.count)};
   }
 
@@ -191,7 +252,7 @@ private:
     tree.depth = std::max(tree.depth, level);
     std::array<size_t, 4> count{};
     if (list.count <= static_cast<size_t>(tree.maxTrianglesPerNode) || !Quarter(list, box, count))
-      return Leaf(list);
+      return MakeLeaf(list, box);
     std::array<size_t, 4> begin{};
     for (size_t q = 0, at = list.begin; q < 4; at += count[q], ++q)
       begin[q] = at;
@@ -248,7 +309,6 @@ void DAabbTreeHd::Build()
   QTimer timer;
   timer.Start();
   QDBG("Building 'next' array\n");
-  order.resize(corners / 3);
   QDBG("Build root\n");
   Builder(*this).Build();
   built = true;
@@ -264,16 +324,30 @@ std::array<DVector3, 3> DAabbTreeHd::Corners(int triangle) const
   return {vertex[corner[0]], vertex[corner[1]], vertex[corner[2]]};
 }
 
-// A bit for each child.
-unsigned DAabbTreeHd::Overlap(const Node& node, const DAABB& box)
+// What all nodes on a query's way are held against: the sides of its box, moved apart by the margin, four times each.
+struct DAabbTreeHd::Ray
 {
-  const auto meet = [](const float* from, const float* to, float min, float max) {
-    return _mm_and_ps(_mm_cmple_ps(_mm_load_ps(from), _mm_set1_ps(max + DAABB::MARGIN)),
-                      _mm_cmpge_ps(_mm_load_ps(to), _mm_set1_ps(min - DAABB::MARGIN)));
+  explicit Ray(const DAabbTreeHdQuery& query) :
+      minX(_mm_set1_ps(query.box.min.x - DAABB::MARGIN)), maxX(_mm_set1_ps(query.box.max.x + DAABB::MARGIN)),
+      minY(_mm_set1_ps(query.box.min.y - DAABB::MARGIN)), maxY(_mm_set1_ps(query.box.max.y + DAABB::MARGIN)),
+      minZ(_mm_set1_ps(query.box.min.z - DAABB::MARGIN)), maxZ(_mm_set1_ps(query.box.max.z + DAABB::MARGIN)),
+      isUpright(query.direction.x == 0 && query.direction.z == 0)
+  {}
+  __m128 minX, maxX;
+  __m128 minY, maxY;
+  __m128 minZ, maxZ;
+  bool isUpright;
+};
+
+// A bit for each child.
+unsigned DAabbTreeHd::Overlap(const Node& node, const Ray& ray)
+{
+  const auto meet = [](const float* from, const float* to, __m128 min, __m128 max) {
+    return _mm_and_ps(_mm_cmple_ps(_mm_load_ps(from), max), _mm_cmpge_ps(_mm_load_ps(to), min));
   };
-  const __m128 x = meet(node.minX, node.maxX, box.min.x, box.max.x);
-  const __m128 y = meet(node.minY, node.maxY, box.min.y, box.max.y);
-  const __m128 z = meet(node.minZ, node.maxZ, box.min.z, box.max.z);
+  const __m128 x = meet(node.minX, node.maxX, ray.minX, ray.maxX);
+  const __m128 y = meet(node.minY, node.maxY, ray.minY, ray.maxY);
+  const __m128 z = meet(node.minZ, node.maxZ, ray.minZ, ray.maxZ);
   return static_cast<unsigned>(_mm_movemask_ps(_mm_and_ps(_mm_and_ps(x, y), z)));
 }
 
@@ -356,11 +430,11 @@ unsigned DAabbTreeHd::HitsOfFour(const DAabbTreeHdQuery& query, const int* four)
   return static_cast<unsigned>(_mm_movemask_ps(_mm_andnot_ps(isAlong, _mm_and_ps(isInside, isAhead))));
 }
 
-bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, int first, int count) const
+// Of these triangles, in their order, the first that the ray hits.
+bool DAabbTreeHd::Test(DAabbTreeHdQuery& query, std::span<const int> triangles, int leaf) const
 {
-  const int* const triangles = &order[static_cast<size_t>(first)];
-  for (int i = 0; i < count; i += 4) {
-    const int last = count - 1;
+  const size_t last = triangles.size() - 1; // is repeated where fewer than four are left
+  for (size_t i = 0; i <= last; i += 4) {
     const int four[4] = {triangles[i], triangles[std::min(i + 1, last)], triangles[std::min(i + 2, last)],
                          triangles[std::min(i + 3, last)]};
     const unsigned hits = HitsOfFour(query, four);
@@ -373,50 +447,102 @@ bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, int first, int count) cons
     query.hitNormal = DNormalized(glm::cross(b - a, c - a));
     if (query.hitNormal.y < 0)
       query.hitNormal = -query.hitNormal;
-    query.cachedNode = first;
-    query.cachedCount = count;
+    query.cachedNode = leaf;
     return true;
   }
   return false;
 }
 
-// Asks for the memory that a leaf's test will read, all at once: one after the other it would be waited for.
-void DAabbTreeHd::Prefetch(int first, int count) const
+bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, const Ray& ray, const Leaf& leaf) const
 {
-  constexpr int MOST = 64; // more would push out what they bring
-  const int* const triangles = &order[static_cast<size_t>(first)];
-  const int last = std::min(count, MOST);
-  for (int i = 0; i < last; ++i)
-    __builtin_prefetch(&index[3 * static_cast<size_t>(triangles[i])]);
-  for (int i = 0; i < last; ++i)
-    for (size_t corner = 0; corner < 3; ++corner)
-      __builtin_prefetch(&vertex[index[3 * static_cast<size_t>(triangles[i]) + corner]]);
+  const int* const triangles = TrianglesOf(leaf);
+  const std::span all(triangles, static_cast<size_t>(leaf.count));
+  if (!ray.isUpright)
+    return Test(query, all, leaf.number);
+  const __m128i at =
+      _mm_set1_epi32(static_cast<int>(Grid(leaf.x, leaf.z, leaf.side).OfRay(query.from.x, query.from.z)));
+  std::array<int, 32> near; // not looked at before it is set
+  size_t count = 0;
+  const int* const cells = CellsOf(leaf);
+  for (int i = 0; i < leaf.count; i += 4) {
+    const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cells + i));
+    const __m128i isNear = _mm_cmpeq_epi32(_mm_max_epu8(four, at), at);
+    auto bits = static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(isNear)));
+    bits &= leaf.count - i < 4 ? (1U << (leaf.count - i)) - 1 : 15U;
+    for (; bits != 0; bits &= bits - 1) {
+      const int triangle = triangles[i + __builtin_ctz(bits)];
+      __builtin_prefetch(&index[3 * static_cast<size_t>(triangle)]);
+      near[count++] = triangle;
+    }
+    if (count > near.size() - 4) {
+      if (Test(query, std::span(near).first(count), leaf.number))
+        return true;
+      count = 0;
+    }
+  }
+  return count > 0 && Test(query, std::span(near).first(count), leaf.number);
 }
 
-bool DAabbTreeHd::Search(DAabbTreeHdQuery& query, Child child) const
+DAabbTreeHd::Leaf DAabbTreeHd::LeafAt(const Node& node, size_t q) const
 {
-  if (child.link < 0) {
-    Prefetch(~child.link, child.count);
-    return SearchLeaf(query, ~child.link, child.count);
-  }
-  const Node& node = nodes[static_cast<size_t>(child.link)];
-  for (unsigned met = Overlap(node, query.box); met != 0; met &= met - 1) {
-    const int q = __builtin_ctz(met);
-    if (Search(query, {node.link[q], node.count[q]}))
+  return {static_cast<int>(4 * (&node - nodes.data())) + static_cast<int>(q),
+          ~node.link[q],
+          node.count[q],
+          node.minX[q],
+          node.minZ[q],
+          Longer(node.maxX[q] - node.minX[q], node.maxZ[q] - node.minZ[q])};
+}
+
+DAabbTreeHd::Leaf DAabbTreeHd::RootLeaf() const
+{
+  const DBox& b = rootBox;
+  return {0, ~root.link, root.count, b.min.x, b.min.z, Longer(b.max.x - b.min.x, b.max.z - b.min.z)};
+}
+
+// Asks for what a child's turn will read, while its elder siblings have theirs.
+void DAabbTreeHd::Prefetch(const Node& node, size_t q) const
+{
+  constexpr int LINE = 64;
+  const int link = node.link[q];
+  const char* const from = link < 0 ? reinterpret_cast<const char*>(&leafData[2 * static_cast<size_t>(~link)])
+                                    : reinterpret_cast<const char*>(&nodes[static_cast<size_t>(link)]);
+  __builtin_prefetch(from);
+  __builtin_prefetch(from + LINE);
+}
+
+bool DAabbTreeHd::Search(DAabbTreeHdQuery& query, const Ray& ray, int at) const
+{
+  const Node& node = nodes[static_cast<size_t>(at)];
+  const unsigned all = Overlap(node, ray);
+  for (unsigned met = all; met != 0; met &= met - 1)
+    Prefetch(node, static_cast<size_t>(__builtin_ctz(met)));
+  for (unsigned met = all; met != 0; met &= met - 1) {
+    const auto q = static_cast<size_t>(__builtin_ctz(met));
+    if (node.link[q] < 0 ? SearchLeaf(query, ray, LeafAt(node, q)) : Search(query, ray, node.link[q]))
       return true;
   }
   return false;
 }
 
+// What another tree left there is no more than a wrong guess.
+bool DAabbTreeHd::SearchCached(DAabbTreeHdQuery& query, const Ray& ray) const
+{
+  const auto number = static_cast<size_t>(query.cachedNode);
+  if (query.cachedNode < 0 || number / 4 >= nodes.size())
+    return false;
+  const Node& node = nodes[number / 4];
+  const size_t q = number % 4;
+  return node.link[q] < 0 && node.link[q] != NO_CHILD && SearchLeaf(query, ray, LeafAt(node, q));
+}
+
 bool DAabbTreeHd::SearchOne(DAabbTreeHdQuery& query) const
 {
   query.box = DAABB::FromSegment(query.from, query.direction, query.length);
-  // What another tree left there is no more than a wrong guess.
-  if (query.cachedNode >= 0 && query.cachedCount >= 0 && query.cachedNode < FaceCount() &&
-      query.cachedCount <= FaceCount() - query.cachedNode && SearchLeaf(query, query.cachedNode, query.cachedCount))
+  const Ray ray(query);
+  if (SearchCached(query, ray))
     return true;
   query.cachedNode = -1;
-  return Search(query, root);
+  return root.link < 0 ? SearchLeaf(query, ray, RootLeaf()) : Search(query, ray, root.link);
 }
 
 bool DAabbTreeHd::SearchSamples(DAabbTreeHdQuery& query) const
@@ -452,7 +578,8 @@ bool DAabbTreeHd::Query(DAabbTreeHdQuery& query) const
 void DAabbTreeHd::WalkNode(Child child, const DBox& box, int level, int maxDepth, const Visitor& visit) const
 {
   if (child.link < 0) {
-    visit(box, level, std::span(order).subspan(static_cast<size_t>(~child.link), static_cast<size_t>(child.count)));
+    const auto count = static_cast<size_t>(child.count);
+    visit(box, level, std::span(leafData).subspan(2 * static_cast<size_t>(~child.link) + count, count));
     return;
   }
   visit(box, level, {});

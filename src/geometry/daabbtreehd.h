@@ -21,8 +21,7 @@ struct DAabbTreeHdQuery
   int sampleCount = 1;
   std::vector<DVector3> samples; // where each search starts; used from two samples on
   DAABB box;                     // of the last search
-  int cachedNode = -1;           // the leaf of the last hit, by its first place in the tree's order; -1: none
-  int cachedCount = 0;           // triangles of that leaf
+  int cachedNode = -1;           // the leaf of the last hit, by the tree's own number; -1: none
   DVector3 hitPosition{0.0f};
   DVector3 hitNormal{0, 1, 0}; // never pointing down
 };
@@ -61,7 +60,7 @@ public:
 private:
   class Builder;
   // The boxes of up to four children, an axis at a time. A link of 0 or more is a node, below it is a leaf by its first
-  // place in the order and its count; a child that doesn't exist has a box that meets nothing.
+  // place among the leaves' triangles and its count; a child that doesn't exist has a box that meets nothing.
   struct alignas(16) Node
   {
     float minX[4], maxX[4];
@@ -75,10 +74,27 @@ private:
     int link;
     int count;
   };
-  static unsigned Overlap(const Node& node, const DAABB& box);
-  bool Search(DAabbTreeHdQuery& query, Child child) const;
-  bool SearchLeaf(DAabbTreeHdQuery& query, int first, int count) const;
-  void Prefetch(int first, int count) const;
+  // A leaf with what stands in its parent.
+  struct Leaf
+  {
+    int number; // for cachedNode
+    int first;
+    int count;
+    float x, z; // of its box's lower corner
+    float side; // of its box, the longer one
+  };
+  struct Ray;
+  static float Longer(float sideX, float sideZ) { return sideX > sideZ ? sideX : sideZ; }
+  Leaf LeafAt(const Node& node, size_t q) const;
+  Leaf RootLeaf() const;
+  static unsigned Overlap(const Node& node, const Ray& ray);
+  bool Search(DAabbTreeHdQuery& query, const Ray& ray, int at) const;
+  bool SearchLeaf(DAabbTreeHdQuery& query, const Ray& ray, const Leaf& leaf) const;
+  bool SearchCached(DAabbTreeHdQuery& query, const Ray& ray) const;
+  bool Test(DAabbTreeHdQuery& query, std::span<const int> triangles, int leaf) const;
+  const int* CellsOf(const Leaf& leaf) const { return &leafData[2 * static_cast<size_t>(leaf.first)]; }
+  const int* TrianglesOf(const Leaf& leaf) const { return CellsOf(leaf) + leaf.count; }
+  void Prefetch(const Node& node, size_t q) const;
   unsigned HitsOfFour(const DAabbTreeHdQuery& query, const int* four) const;
   bool SearchOne(DAabbTreeHdQuery& query) const;
   bool SearchSamples(DAabbTreeHdQuery& query) const;
@@ -87,7 +103,8 @@ private:
   std::span<const DVector3> vertex;
   std::span<const uint32_t> index;
   int maxTrianglesPerNode = MAX_TRIANGLES_PER_NODE;
-  DArray<int> order; // the triangles, leaf by leaf
+  // Leaf by leaf: where each triangle lies, in cells of the leaf, then the triangles' numbers.
+  DArray<int> leafData;
   DArray<Node> nodes;
   DBox rootBox;
   Child root{};
