@@ -69,28 +69,31 @@ public:
   {}
   uint32_t Of(const Item& item) const
   {
-    return Bytes(Cell(item.min.x - x) - 1, Cell(-item.negMax.x - x) + 1, Cell(item.min.z - z) - 1,
-                 Cell(-item.negMax.z - z) + 1);
+    const __m128 min = _mm_load_ps(&item.min.x);
+    const __m128 max = _mm_sub_ps(_mm_setzero_ps(), _mm_load_ps(&item.negMax.x));
+    const __m128 ofX = _mm_unpacklo_ps(min, max);
+    const __m128 ofZ = _mm_unpackhi_ps(min, max);
+    return Bytes(_mm_add_epi32(Cells(_mm_movelh_ps(ofX, ofZ)), _mm_setr_epi32(-1, 1, -1, 1)));
   }
   // A ray's cell is in a triangle's cells when none of the triangle's bytes is above the ray's.
-  uint32_t OfRay(float atX, float atZ) const
-  {
-    const uint32_t cellX = Cell(atX - x);
-    const uint32_t cellZ = Cell(atZ - z);
-    return Bytes(cellX, cellX, cellZ, cellZ);
-  }
+  uint32_t OfRay(float atX, float atZ) const { return Bytes(Cells(_mm_setr_ps(atX, atX, atZ, atZ))); }
 
 private:
   static constexpr float CELLS = 250;
   static constexpr float SMALLEST = 1e-20f;
   static constexpr float LARGEST = 1e20f;
-  uint32_t Cell(float distance) const
+  // Of two places in x and two in z: 1 to 255, and not 1 or 255 for what lies in the leaf's box.
+  __m128i Cells(__m128 places) const
   {
-    return static_cast<uint32_t>(std::max(-2.0f, std::min(distance * scale, CELLS + 2)) + 3); // 1..255
+    const __m128 cells = _mm_mul_ps(_mm_sub_ps(places, _mm_setr_ps(x, x, z, z)), _mm_set1_ps(scale));
+    const __m128 held = _mm_max_ps(_mm_min_ps(cells, _mm_set1_ps(CELLS + 2)), _mm_set1_ps(-2));
+    return _mm_cvttps_epi32(_mm_add_ps(held, _mm_set1_ps(3)));
   }
-  static uint32_t Bytes(uint32_t minX, uint32_t maxX, uint32_t minZ, uint32_t maxZ)
+  // Lower cells, and upper ones taken from 255.
+  static uint32_t Bytes(__m128i cells)
   {
-    return minX | (255 - std::min(maxX, 255U)) << 8 | minZ << 16 | (255 - std::min(maxZ, 255U)) << 24;
+    const __m128i words = _mm_packs_epi32(cells, cells);
+    return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(words, words))) ^ 0xFF00FF00U;
   }
   float x, z;
   float scale;
@@ -223,6 +226,7 @@ private:
     const uint8_t* mark = &quadrant[list.begin + last];
     Item* const toItem = item[1 - list.buffer].data();
     int* const toNumber = number[1 - list.buffer].data();
+    std::array<Gathered, 8> gathered; // every second triangle goes to boxes of its own: no wait for the last one's
     for (size_t i = 0; i < list.count; ++i, from += STEP, fromNumber += STEP, mark += STEP) {
       const size_t q = *mark;
       const __m128 min = _mm_load_ps(&from->min.x);
@@ -231,7 +235,11 @@ private:
       _mm_store_ps(&toItem[at].min.x, min);
       _mm_store_ps(&toItem[at].negMax.x, negMax);
       toNumber[at] = *fromNumber;
-      box[q].Add(min, negMax);
+      gathered[q + 4 * (i & 1)].Add(min, negMax);
+    }
+    for (size_t q = 0; q < 4; ++q) {
+      box[q] = gathered[q];
+      box[q].Add(gathered[q + 4].min, gathered[q + 4].negMax);
     }
   }
 

@@ -148,6 +148,62 @@ TEST(DAabbTreeHd, HitsTheTriangleThatLinksHitFirst)
   }
 }
 
+// Triangles that stand nearly upright: seen from above their area is lost in roundings, and they are hit from where
+// they aren't.
+Mesh Fence(int count, float reach, float lean)
+{
+  std::mt19937 random(5);
+  std::uniform_real_distribution<float> spread(0, reach);
+  std::uniform_real_distribution<float> size(-2, 2);
+  std::uniform_real_distribution<float> tilt(-lean, lean);
+  Mesh mesh;
+  for (int i = 0; i < count; ++i) {
+    const DVector3 a(spread(random), size(random), spread(random));
+    const DVector3 along(size(random), size(random), size(random));
+    const float part = tilt(random) + 0.5f;
+    mesh.Add(a, a + along, a + along * part + DVector3(tilt(random), 1, tilt(random)));
+  }
+  return mesh;
+}
+
+TEST(DAabbTreeHd, RaysStraightDownHitWhatRoundingsHit)
+{
+  int beside = 0;
+  for (const DVector2 reachAndLean : {DVector2(40, 3e-5f), DVector2(4, 3e-7f)}) {
+    SCOPED_TRACE(reachAndLean.x);
+    const Mesh mesh = Fence(4000, reachAndLean.x, reachAndLean.y);
+    DAabbTreeHd tree(mesh.vertex, mesh.index);
+    tree.Build();
+    PlainNode plain;
+    for (int i = 0; i < tree.FaceCount(); ++i)
+      plain.list.push_back(i);
+    plain.Split(mesh, 20);
+    std::mt19937 random(4);
+    std::uniform_int_distribution<int> any(0, tree.FaceCount() - 1);
+    std::uniform_real_distribution<float> part(-0.1f, 1.1f);
+    int hits = 0;
+    for (int i = 0; i < 20000; ++i) {
+      const auto [a, b, c] = mesh.Corners(any(random));
+      DAabbTreeHdQuery query;
+      query.from = a + (b - a) * part(random) + DVector3(0, 40, 0); // on an edge, or next to it
+      query.length = 100;
+      const DAABB box = DAABB::FromSegment(query.from, query.direction, query.length);
+      const int expected = plain.Search(mesh, box, query.from, query.direction, query.length);
+      ASSERT_EQ(expected >= 0, tree.Query(query)) << i;
+      if (expected < 0)
+        continue;
+      ++hits;
+      ASSERT_EQ(PointOn(mesh, expected, query.from, query.direction, query.length), query.hitPosition) << i;
+      DAABB around = DAABB::Nothing();
+      for (const DVector3& corner : mesh.Corners(expected))
+        around.Include(corner);
+      beside += !around.Intersects(box);
+    }
+    EXPECT_GT(hits, 1000);
+  }
+  EXPECT_GT(beside, 20);
+}
+
 TEST(DAabbTreeHd, OneCentreStaysOneLeaf)
 {
   Mesh mesh;
