@@ -4,7 +4,9 @@
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "geometry/dintersect.h"
+#include "geometry/dpicktree.h"
 #include "scene/worldgeodenode.h"
+#include "scene/worldnodes.h"
 #include "track/rtrackvrml.h"
 #include "ui/qkeys.h"
 
@@ -38,6 +40,32 @@ constexpr int RIGHT = 4;
 float StepSize(int modifiers)
 {
   return modifiers & QMOD_CTRL ? 5.0f : modifiers & QMOD_ALT ? 0.02f : 1.0f;
+}
+
+bool HitModel(const RTrackNode& node, const DVector3& origin, const DVector3& direction, GeodeHit& hit)
+{
+  return IntersectRaySphere(origin, direction, node.center, node.radius) &&
+         PickGeode(*node.Geode(), origin, direction, hit) && hit.t > 0;
+}
+
+// Where the node is drawn: the ray goes to the model's space, and the hit comes back.
+bool HitNode(const RTrackNode& node, const DVector3& origin, const DVector3& direction, GeodeHit& hit)
+{
+  if (!node.transformNode || node.transformNode->Matrix() == DMatrix4(1.0f))
+    return HitModel(node, origin, direction, hit);
+  const DMatrix4& matrix = node.transformNode->Matrix();
+  const DMatrix4 inverse = glm::inverse(matrix);
+  const DVector3 there(inverse * DVector4(direction, 0));
+  // A sphere is met by a direction of length 1, and t counts in lengths of the direction.
+  const float length = glm::length(there);
+  if (!(length > 0) || !HitModel(node, DVector3(inverse * DVector4(origin, 1)), there / length, hit))
+    return false;
+  hit.t /= length;
+  const auto back = [&](DVector3& point) { point = DVector3(matrix * DVector4(point, 1)); };
+  back(hit.point);
+  for (DVector3& corner : hit.corner)
+    back(corner);
+  return true;
 }
 
 } // namespace
@@ -97,11 +125,8 @@ void EditView::PickRay(int x, int y, const EditTransform& from, DVector3& out)
   for (const auto& entry : state.curTrack->nodes) {
     ++i;
     const RTrackNode& node = *entry;
-    if ((node.flags & RTrackNode::SKY) || !node.Geode() ||
-        !IntersectRaySphere(origin, direction, node.center, node.radius))
-      continue;
     GeodeHit hit;
-    if (!IntersectRayGeode(*node.Geode(), origin, direction, hit) || hit.t <= 0 || hit.t >= best)
+    if ((node.flags & RTrackNode::SKY) || !node.Geode() || !HitNode(node, origin, direction, hit) || hit.t >= best)
       continue;
     best = hit.t;
     out = state.paintVertices || state.curMode == KEYFRAME_MODE ? hit.NearestCorner() : hit.point;

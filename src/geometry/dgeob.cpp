@@ -6,6 +6,7 @@
 #include "geometry/dintersect.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 namespace {
@@ -55,7 +56,15 @@ uint16_t LargestOf(const DArray<uint16_t>& index)
 } // namespace
 
 DGeob::DGeob(DGeode* owner) : geode(owner)
-{}
+{
+  ShapeChanged();
+}
+
+void DGeob::ShapeChanged()
+{
+  static std::atomic<uint64_t> last{0};
+  shapeVersion = ++last;
+}
 
 DGeob::~DGeob()
 {
@@ -127,6 +136,7 @@ DMaterial* DGeob::GetMaterial(int mtlID) const
 
 void DGeob::Destroy()
 {
+  ShapeChanged();
   DisableVBO();
   index = {};
   vertex = {};
@@ -143,6 +153,7 @@ void DGeob::Destroy()
 
 void DGeob::FinalizeGeob()
 {
+  ShapeChanged();
   const int vertices = VertexCount();
   if (!index.empty() && LargestOf(index) >= vertices)
     for (size_t i = 0; i < index.size(); ++i)

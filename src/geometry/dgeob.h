@@ -89,6 +89,9 @@ public:
   // Null without materials; see DGeode for what a number out of range gives.
   DMaterial* GetMaterial(int mtlID) const;
 
+  // Another number after each change that was closed by RefreshVBO, and never one that another geob has or had.
+  uint64_t ShapeVersion() const { return shapeVersion; }
+
   void Destroy(); // empty again, buffer objects gone
   // Bad indices go to 0, box and radius are made, channel 0 is made up when missing. Reports each.
   void FinalizeGeob();
@@ -135,6 +138,7 @@ public:
   std::array<uint32_t, MAX_CHANNELS> texCoordBuffer{};
 
 private:
+  void ShapeChanged();
   const char* GeodeName() const;
   void SetArrays() const;
   void DrawBurst(int i) const;
@@ -148,4 +152,5 @@ private:
   void ImportBursts(DofReader& in);
 
   DBox bbox;
+  uint64_t shapeVersion;
 };

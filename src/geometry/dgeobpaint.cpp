@@ -96,6 +96,7 @@ void DGeob::DisableVBO()
 
 void DGeob::RefreshVBO()
 {
+  ShapeChanged();
   if (!(flags & IN_VBO))
     return;
   DisableVBO();

@@ -3,6 +3,7 @@
 #include "foundation/qfilename.h"
 #include "foundation/qreport.h"
 #include "geometry/dglobal.h"
+#include "geometry/dpicktree.h"
 #include "geometry/dshader.h"
 
 #include <algorithm>
@@ -152,6 +153,7 @@ void DGeode::Paint()
 
 void DGeode::Clear()
 {
+  pickTree.reset();
   geob.clear();
   material.clear();
 }

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+class DPickTree;
+
 enum DVrmlMode
 {
   VRML_COMPATIBLE = 1, // CR LF, and nodes around each shape that another converter looks for
@@ -48,7 +50,8 @@ public:
   // model unless LODS_NOT_OWNED is set.
   std::array<DGeode*, MAX_LODS> lod{};
   int lodIndex = 0;
-  float lodNear = 0; // the camera distances between which this model is shown
+  mutable std::unique_ptr<DPickTree> pickTree; // made by PickGeode at the first pick
+  float lodNear = 0;                           // the camera distances between which this model is shown
   float lodFar = FAR;
 
   int GetNoofGeobs() const { return static_cast<int>(geob.size()); }

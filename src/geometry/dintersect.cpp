@@ -53,7 +53,7 @@ bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, con
 {
   float u = 0;
   float v = 0;
-  return MeetTriangle(origin, direction, a, b, c, 0.00001f, t, u, v);
+  return MeetTriangle(origin, direction, a, b, c, PICK_EPSILON, t, u, v);
 }
 
 bool RayTriangle(const DVector3& from, const DVector3& direction, const DVector3& a, const DVector3& b,

@@ -8,6 +8,8 @@ class DGeode;
 // Hit, also from inside. out, when given, gets the point.
 bool IntersectRaySphere(const DVector3& origin, const DVector3& direction, const DVector3& centre, float radius,
                         DVector3* out = nullptr);
+// What a determinant must reach for IntersectRayTriangle to take the ray as one across the triangle's plane.
+constexpr float PICK_EPSILON = 0.00001f;
 // Of both sides, and behind the origin too: t tells, in lengths of the direction.
 bool IntersectRayTriangle(const DVector3& origin, const DVector3& direction, const DVector3& a, const DVector3& b,
                           const DVector3& c, float& t);
