@@ -2,9 +2,14 @@
 
 #include "editor/editcamera.h"
 #include "editor/editstate.h"
+#include "geometry/dgeode.h"
+#include "scene/worldgeodenode.h"
+#include "scene/worldnodes.h"
 #include "support/reportcapture.h"
+#include "track/rtrackvrml.h"
 #include "ui/qkeys.h"
 
+#include <glm/gtc/matrix_transform.hpp>
 #include <gtest/gtest.h>
 
 namespace {
@@ -134,6 +139,51 @@ TEST_F(EditViewTest, MouseMapsTheFrameToTheView)
   view.MouseToView(x, y);
   EXPECT_EQ(455, x);
   EXPECT_EQ(352, y);
+}
+
+TEST_F(EditViewTest, PicksTheNearestNodeWhereItIsDrawn)
+{
+  RTrackVRML track;
+  state.curTrack = &track;
+  state.curMode = 9;
+  state.viewRect = {0, 0, 100, 100};
+  view.SetShellSize(100, 100);
+  // Walls before the camera, which looks from the origin along -z.
+  const auto add = [&](float z, uint32_t flags) -> RTrackNode& {
+    auto node = std::make_unique<RTrackNode>();
+    node->flags = flags;
+    auto geode = std::make_unique<DGeode>("wall");
+    DGeob& geob = *geode->AddGeob();
+    geob.vertex = {{-2, -2, z}, {2, -2, z}, {0, 3, z}};
+    geob.index = {0, 1, 2};
+    geob.FinalizeGeob();
+    node->sceneNode = std::make_unique<WorldGeodeNode>(nullptr, "wall");
+    node->sceneNode->SetGeode(std::move(geode), "wall");
+    node->CalcBounds();
+    RTrackNode& added = *node;
+    EXPECT_TRUE(track.AddNode(std::move(node)));
+    return added;
+  };
+  add(-2, RTrackNode::SKY);
+  add(-20, 0);
+  RTrackNode& moved = add(-10, RTrackNode::RELATIVE_POS);
+  moved.transformNode = std::make_unique<WorldTransformationNode>(nullptr, "moved");
+  const auto picked = [&] {
+    DVector3 out(0.0f);
+    view.PickRay(50, 50, {}, out);
+    return out;
+  };
+  EXPECT_EQ(DVector3(0, 0, -10), picked());
+  moved.transformNode->SetMatrix(glm::translate(DMatrix4(1.0f), {0, 0, 5}));
+  EXPECT_EQ(DVector3(0, 0, -5), picked());
+  EXPECT_EQ(2, state.SelectedNodes.at(0).index);
+  moved.transformNode->SetMatrix(glm::translate(DMatrix4(1.0f), {50, 0, 0})); // away
+  EXPECT_EQ(DVector3(0, 0, -20), picked());
+  EXPECT_EQ(1, state.SelectedNodes.at(0).index);
+  // Twice as large: the corner that is drawn nearest is snapped to.
+  moved.transformNode->SetMatrix(glm::scale(DMatrix4(1.0f), {2, 2, 0.5f}));
+  state.paintVertices = true;
+  EXPECT_EQ(DVector3(-4, -4, -5), picked());
 }
 
 } // namespace
