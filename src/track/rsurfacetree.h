@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <vector>
 
 class DAabbTreeHd;
@@ -45,11 +46,18 @@ public:
   // With the surface that the material has now.
   void AddTriangle(const RSceneryTriangle& triangle);
   void AddSplines(const RSplineRep& splines);
-  void Finish() { tree.Finish(); }
+  // Nothing is added from here on. The tree is built when it is asked for first: opening a track doesn't wait for it.
+  void Finish() { isFilled = true; }
   // Before the model goes: the triangles stay, their material is no longer told.
   void ForgetModel(const DGeode& geode);
 
-  const DAABBTree& Tree() const { return tree; }
+  // Threads may ask at once.
+  const DAABBTree& Tree() const
+  {
+    if (isFilled)
+      std::call_once(isBuilt, [this] { tree.Finish(); });
+    return tree;
+  }
   const RPolyInfo& Info(const DAABBPolyInfo& poly) const { return info[static_cast<size_t>(poly.user)]; }
   // Null without vertex colours.
   const std::array<DVector3, 3>* Colours(const RPolyInfo& of) const
@@ -58,7 +66,9 @@ public:
   }
 
 private:
-  DAABBTree tree;
+  mutable DAABBTree tree;
+  mutable std::once_flag isBuilt;
+  bool isFilled = false;
   DArray<RPolyInfo> info; // by the polys' user numbers
   std::vector<std::array<DVector3, 3>> colours;
 };
