@@ -160,7 +160,7 @@ void AseMaterials::BitMap()
 
 } // namespace
 
-bool DGeode::ImportASE(std::vector<int32_t>& faceIndexOut, const std::string& fileName)
+bool DGeode::ImportASE(DArray<int32_t>& faceIndexOut, const std::string& fileName)
 {
   QDBG("DGeode:ImportASE(fname=%s)\n", fileName.c_str());
   DArray<std::byte> content;
@@ -171,8 +171,9 @@ bool DGeode::ImportASE(std::vector<int32_t>& faceIndexOut, const std::string& fi
   return ImportASE(faceIndexOut, {reinterpret_cast<const char*>(content.data()), content.size()}, fileName);
 }
 
-bool DGeode::ImportASE(std::vector<int32_t>& faceIndexOut, std::string_view text, const std::string& fileName)
+bool DGeode::ImportASE(DArray<int32_t>& faceIndexOut, std::string_view text, const std::string& fileName)
 {
+  Clear();
   DAseFile file{DTextReader(text), fileName, {}};
   AseMaterials materials(*this, file);
   bool good = true;

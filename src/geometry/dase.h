@@ -1,15 +1,15 @@
 #pragma once
 
+#include "geometry/dblock.h"
 #include "geometry/dtextreader.h"
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 // What the objects of an ASE file share.
 struct DAseFile
 {
   DTextReader in;
-  std::string name;               // for reports
-  std::vector<int32_t> faceIndex; // source vertices of the last object, three a face
+  std::string name;          // for reports
+  DArray<int32_t> faceIndex; // source vertices of the last object, three a face
 };

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int UNSET = -1;
 constexpr int CHANNELS = DGeob::MAX_CHANNELS;
-constexpr size_t SHORTEST_LINE = 8; // characters that an entry of a list takes at least
+constexpr size_t FREE_SIZE = 1 << 20; // bytes that an array may have however short the file is
+constexpr size_t TIMES = 8;           // and for each byte that is left of the file
 
 DVector3 Swapped(const DVector3& v)
 {
@@ -105,7 +106,11 @@ private:
   bool ReadKeyword(Keyword keyword); // false ends the import
   bool ReadTexture(Keyword keyword); // false: not one of these keywords
   void ReadColor(Keyword keyword);
-  // A length of a list: none, reported, when the rest of the file can't hold as many entries.
+  bool Affords(int64_t entries) const
+  {
+    return static_cast<size_t>(entries) * sizeof(DVector3) <= FREE_SIZE + TIMES * in.Left();
+  }
+  // A length of a list: none, reported, when that is out of all proportion to what is left of the file.
   int Count(const char* what);
   void NodeName();
   void Vertex();
@@ -207,7 +212,7 @@ bool AseObject::ReadKeyword(Keyword keyword)
 int AseObject::Count(const char* what)
 {
   const int count = std::max(in.Int(), 0);
-  if (static_cast<size_t>(count) <= in.Left() / SHORTEST_LINE)
+  if (Affords(count))
     return count;
   QERR("%s", what);
   return 0;
@@ -244,10 +249,15 @@ void AseObject::VertexNormal()
 
 bool AseObject::NumFaces()
 {
-  const int faces = Count("?vertex");
-  if (faces == 0)
+  const int faces = in.Int();
+  if (faces <= 0)
     return false;
-  const size_t count = 3 * static_cast<size_t>(faces);
+  size_t count = 3 * static_cast<size_t>(faces);
+  if (!Affords(3 * int64_t{faces})) {
+    for (const char* array : {"?vertex", "?normal", "DGeob:ImportASE out of memory (index)"})
+      QERR("%s", array);
+    count = 0;
+  }
   vertexCount = static_cast<int>(count);
   geob.vertex.assign(count, DVector3(0.0f));
   geob.normal.assign(count, DVector3(0.0f));
@@ -287,9 +297,9 @@ void AseObject::Face()
     overflowReported = true;
     QERR("DGeodeASEImport: indices overflow (n=%d giving index %d; limit is %d)", static_cast<int>(face),
          static_cast<int>(last), LIMIT);
-    static_cast<void>(
-        QSystemMessage("Index limit exceeded",
-                       "Index limit per material exceeded.\nThis will clip a number of triangles. " + nodeName, true));
+    if (QReports().messageBox)
+      QReports().messageBox("Index limit exceeded",
+                            "Index limit per material exceeded.\nThis will clip a number of triangles. " + nodeName);
   }
   in.Skip(BETWEEN);
   SkipToMaterialID();

@@ -90,13 +90,13 @@ public:
   // Reads an exported scene: materials without their submaterials, an object for each geometry object; each face has
   // three vertices of its own. False (reported) when it can't be opened, or an object has no faces or no end; what was
   // read until then stays. faceIndexOut: the source vertices of the last object, three a face.
-  bool ImportASE(std::vector<int32_t>& faceIndexOut, const std::string& fileName);
+  bool ImportASE(DArray<int32_t>& faceIndexOut, const std::string& fileName);
   // The same from its text; pictures are looked for beside fileName.
-  bool ImportASE(std::vector<int32_t>& faceIndexOut, std::string_view text, const std::string& fileName);
+  bool ImportASE(DArray<int32_t>& faceIndexOut, std::string_view text, const std::string& fileName);
   // Reads a VRML 2.0 file: an object for each indexed face set. False when it can't be opened or an object is broken
   // (reported); what was read until then stays.
   bool ImportVRML(const std::string& fileName);
-  bool ImportVRML(std::string_view text);
+  bool ImportVRMLText(std::string_view text); // from the text itself
   // Writes VRML 2.0; mode is of DVrmlMode. The shapes are named after modelName, without its directory and extension.
   // False (reported) when the file can't be written, or an object has no material: then nothing is written.
   [[nodiscard]] bool ExportVRML(const std::string& modelName, const std::string& fileName, int mode) const;

@@ -128,7 +128,7 @@ bool Append(const std::string& path, const std::string& text)
   if (!file)
     return false;
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-  return qfclose(file) == 0 && written;
+  return qfclose(file) && written;
 }
 
 } // namespace

@@ -168,7 +168,7 @@ bool DGeode::ImportVRML(const std::string& fileName)
   QDBG("ImportVRML(%s)\n", fileName.c_str());
   DArray<std::byte> content;
   return DReadFile(fileName, content) &&
-         ImportVRML(std::string_view(reinterpret_cast<const char*>(content.data()), content.size()));
+         ImportVRMLText(std::string_view(reinterpret_cast<const char*>(content.data()), content.size()));
 }
 
 namespace {
@@ -200,8 +200,9 @@ void ReadMaterial(DMaterial& m, DVrmlReader& in, std::string_view keyword, const
 
 } // namespace
 
-bool DGeode::ImportVRML(std::string_view text)
+bool DGeode::ImportVRMLText(std::string_view text)
 {
+  Clear();
   DVrmlReader in(text);
   DMaterial* current = nullptr;
   for (std::string token; in.Next(token);) {

@@ -94,7 +94,7 @@ bool ConvertModel(const std::string& fileName, const std::string& directory, con
   DGeode geode;
   geode.SetMapPath(mapDirectory.c_str());
   const std::string source = directory + "/" + fileName;
-  std::vector<int> faceIndex;
+  DArray<int32_t> faceIndex;
   if (!(type == MODEL_ASE ? geode.ImportASE(faceIndex, source) : geode.ImportVRML(source))) {
     QWARN("ConvertModel(%s) failed", fileName.c_str());
     return false;

@@ -1,7 +1,9 @@
+#include "fuzzing/ase.h"
 #include "fuzzing/dds.h"
 #include "fuzzing/dof.h"
 #include "fuzzing/shd.h"
 #include "fuzzing/texfont.h"
+#include "fuzzing/wrl.h"
 
 #include <gtest/gtest.h>
 
@@ -28,6 +30,7 @@ TEST_P(FuzzReplay, Corpus)
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay,
-                         testing::Values(std::pair{"dds", &FuzzDds}, std::pair{"dof", &FuzzDof},
-                                         std::pair{"shd", &FuzzShd}, std::pair{"texfont", &FuzzTexfont}),
+                         testing::Values(std::pair{"ase", &FuzzAse}, std::pair{"dds", &FuzzDds},
+                                         std::pair{"dof", &FuzzDof}, std::pair{"shd", &FuzzShd},
+                                         std::pair{"texfont", &FuzzTexfont}, std::pair{"wrl", &FuzzWrl}),
                          [](const auto& one) { return one.param.first; });

@@ -5,6 +5,7 @@
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
 #include "geometry/dgeode.h"
+#include "geometry/dgeodeoptimize.h"
 #include "geometry/dglobal.h"
 #include "geometry/dtexture.h"
 
@@ -20,16 +21,26 @@ std::string Extension(const std::string& path)
   return extension.Str();
 }
 
+bool Import(DGeode& geode, const std::string& extension, const std::string& path)
+{
+  if (extension == ".ase") {
+    DArray<int32_t> faces;
+    return geode.ImportASE(faces, path);
+  }
+  return extension == ".wrl" ? geode.ImportVRML(path) : geode.ImportDOF(path);
+}
+
 // The model of a file, with no picture opened; null, said on stderr, when it can't be read.
 std::unique_ptr<DGeode> LoadModel(const ToolArgs& args, size_t i)
 {
-  if (Extension(args.Text(i)) != ".dof") {
-    ToolFail("%s isn't a model that can be read (.dof)", args.Text(i).c_str());
+  const std::string extension = Extension(args.Text(i));
+  if (extension != ".dof" && extension != ".ase" && extension != ".wrl") {
+    ToolFail("%s isn't a model that can be read (.dof, .ase, .wrl)", args.Text(i).c_str());
     return nullptr;
   }
   DGlobals().texturesOn = false;
   auto geode = std::make_unique<DGeode>(args.Text(i));
-  if (geode->ImportDOF(args.Path(i)))
+  if (Import(*geode, extension, args.Path(i)))
     return geode;
   ToolFail("can't read %s as a model", args.Text(i).c_str());
   return nullptr;
@@ -142,12 +153,19 @@ int RunDump(const ToolArgs& args)
 
 int RunConvert(const ToolArgs& args)
 {
-  if (Extension(args.Text(1)) != ".dof")
-    return ToolFail("%s isn't a model that can be written (.dof)", args.Text(1).c_str());
+  const std::string extension = Extension(args.Text(1));
+  if (extension != ".dof" && extension != ".wrl")
+    return ToolFail("%s isn't a model that can be written (.dof, .wrl)", args.Text(1).c_str());
   const auto geode = LoadModel(args, 0);
   if (!geode)
     return TOOL_FAILED;
-  if (!geode->ExportDOF(args.Path(1)))
+  if (args.Option("--optimize")) {
+    DGeodeMergeVertices(*geode);
+    DGeodePackIndices(*geode);
+    DGeodeOptimizeBursts(*geode);
+  }
+  const std::string path = args.Path(1);
+  if (extension == ".wrl" ? !geode->ExportVRML(args.Text(0), path, 0) : !geode->ExportDOF(path))
     return ToolFail("can't write %s", args.Text(1).c_str());
   return TOOL_DONE;
 }
@@ -193,7 +211,7 @@ int RunValidate(const ToolArgs& args)
       else
         status = TOOL_FAILED;
       lines = std::move(problems.lines);
-      if (geode && !HasEnd(args.Path(i)))
+      if (geode && Extension(args.Text(i)) == ".dof" && !HasEnd(args.Path(i)))
         lines.emplace_back("the file ends before the model does");
     }
     for (const std::string& line : lines)
@@ -210,7 +228,12 @@ std::vector<ToolVerb> ToolModelVerbs()
 {
   return {
       {"model", "dump", "a model as JSON", {{"FILE"}}, RunDump, {{"--arrays", "with vertices, indices and the like"}}},
-      {"model", "convert", "reads a model and writes it again", {{"IN"}, {"OUT"}}, RunConvert},
+      {"model",
+       "convert",
+       "reads a model and writes it again",
+       {{"IN"}, {"OUT"}},
+       RunConvert,
+       {{"--optimize", "joins equal vertices, drops unused ones and joins bursts"}}},
       {"model", "validate", "a line for each problem", {{"FILE", ToolParameter::MANY}}, RunValidate},
   };
 }
