@@ -49,9 +49,10 @@ TEST(QInfoMemory, AnEmptyTreeCostsLessThanAKilobyte)
 
 TEST(QInfoMemory, ATreeIsGivenBackWhole)
 {
-  const TextInfo listed(""); // the listing of the directory is kept
-  const size_t before = heap.inUse;
-  {
+  size_t before = 0;
+  // The first round leaves listings of directories, which are kept.
+  for (int round = 0; round < 2; ++round) {
+    before = heap.inUse;
     TextInfo info("t {\na=1\nb=2\n}\nu~t\n");
     for (int i = 0; i < 1000; ++i)
       info.SetInt("t.k" + std::to_string(i % 100), i);
