@@ -1,5 +1,6 @@
 #include "foundation/qreport.h"
 #include "foundation/textinfo.h"
+#include "support/tempdir.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +42,8 @@ void operator delete(void* block, size_t) noexcept
 
 TEST(QInfoMemory, AnEmptyTreeCostsLessThanAKilobyte)
 {
+  const TempDir own;
+  const InDirectory inside(own.Path(""));
   const QInfo listed("no such file.ini", QInfo::NO_OPEN_WARNING); // the listing of the directory is kept
   const size_t before = heap.inUse;
   const auto info = std::make_unique<QInfo>("no such file.ini", QInfo::NO_OPEN_WARNING);
@@ -50,6 +53,8 @@ TEST(QInfoMemory, AnEmptyTreeCostsLessThanAKilobyte)
 TEST(QInfoMemory, ATreeIsGivenBackWhole)
 {
   size_t before = 0;
+  const TempDir own; // whose listing nobody else changes
+  const InDirectory inside(own.Path(""));
   // The first round leaves listings of directories, which are kept.
   for (int round = 0; round < 2; ++round) {
     before = heap.inUse;
