@@ -79,3 +79,22 @@ TEST_F(ModelVerbs, ValidateGivesALineForEachProblem)
             run.out);
   EXPECT_EQ("pavex-tool: can't read other.dof as a model\n", run.err);
 }
+
+TEST_F(ModelVerbs, RewriteModelsInPlaceAndGoOnBehindABadOne)
+{
+  const Bytes model = Dof(Chunk("MATS", U32(1) + Chunk("MAT0", MATERIAL + "MEND")) + Geobs({GEOB}));
+  dir.Write("a.dof", model);
+  dir.Write("bad.dof", "DOF?");
+  dir.Write("b.dof", model);
+  const ToolRun optimized = Run({"optimize", "a.dof", "bad.dof", "b.dof"});
+  EXPECT_EQ(1, optimized.status);
+  EXPECT_EQ("pavex-tool: can't read bad.dof as a model\n", optimized.err);
+  EXPECT_NE(std::string::npos, Run({"dump", "b.dof"}).out.find(R"("diffuse":[0.0,1.0,0.0,1.0])"));
+  EXPECT_EQ(0, Run({"light", "a.dof"}).status);
+  const std::string lit = Run({"dump", "a.dof"}).out;
+  EXPECT_NE(std::string::npos, lit.find(R"("diffuse":[1.0,1.0,1.0,1.0])")) << lit;
+  EXPECT_NE(std::string::npos, lit.find(R"("emission":[0.8,0.2,0.3,0.4])")) << lit;
+  EXPECT_EQ(0, Run({"convert", "a.dof", "a.wrl", "--optimize"}).status);
+  EXPECT_EQ(0, Run({"convert", "a.wrl", "back.dof"}).status);
+  EXPECT_NE(std::string::npos, Run({"dump", "back.dof"}).out.find(R"("vertexCount":3,"indexCount":3)"));
+}

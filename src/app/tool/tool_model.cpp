@@ -170,6 +170,42 @@ int RunConvert(const ToolArgs& args)
   return TOOL_DONE;
 }
 
+// Each model goes back into its file; what fails with one is said, and the next one follows.
+int Rewrite(const ToolArgs& args, void (*change)(DGeode& geode))
+{
+  int status = TOOL_DONE;
+  for (size_t i = 0; i < args.Count(); ++i) {
+    if (Extension(args.Text(i)) != ".dof") {
+      status = ToolFail("%s isn't a .dof model", args.Text(i).c_str());
+      continue;
+    }
+    const auto geode = LoadModel(args, i);
+    if (!geode) {
+      status = TOOL_FAILED;
+      continue;
+    }
+    change(*geode);
+    if (!geode->ExportDOF(args.Path(i)))
+      status = ToolFail("can't write %s", args.Text(i).c_str());
+  }
+  return status;
+}
+
+int RunOptimize(const ToolArgs& args)
+{
+  return Rewrite(args, [](DGeode& geode) { DGeodeOptimize(geode); });
+}
+
+int RunLight(const ToolArgs& args)
+{
+  return Rewrite(args, [](DGeode& geode) {
+    DGeodeAddLighting(geode);
+    DGeodeMergeVertices(geode);
+    DGeodePackIndices(geode);
+    DGeodeOptimizeBursts(geode);
+  });
+}
+
 // Gathers what loading and checking report while it lives.
 class Problems
 {
@@ -234,6 +270,8 @@ std::vector<ToolVerb> ToolModelVerbs()
        {{"IN"}, {"OUT"}},
        RunConvert,
        {{"--optimize", "joins equal vertices, drops unused ones and joins bursts"}}},
+      {"model", "optimize", "make models small and fast, in place", {{"FILE", ToolParameter::MANY}}, RunOptimize},
+      {"model", "light", "give models normals and lit materials, in place", {{"FILE", ToolParameter::MANY}}, RunLight},
       {"model", "validate", "a line for each problem", {{"FILE", ToolParameter::MANY}}, RunValidate},
   };
 }
