@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,27 +24,38 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr size_t SIZE = 8 << 20;
 
-// Positions, normals and texture coordinates of terrain, and indices, as they lie in a model file.
+// Pieces of terrain as they lie in a model file: an array each of positions, normals, texture coordinates, indices.
 Bytes ModelBytes()
 {
+  constexpr int SIDE = 64;
   Bytes bytes;
-  std::vector<float> values;
-  for (int z = 0; bytes.size() < SIZE; ++z) {
-    values.clear();
-    for (int x = 0; x < 255; ++x) {
-      const auto fx = static_cast<float>(x), fz = static_cast<float>(z);
-      for (const float v :
-           {fx * 4, std::sin(fx * 0.1f) * std::cos(fz * 0.1f) * 5, fz * 4, 0.0f, 1.0f, 0.0f, fx / 8, fz / 8})
-        values.push_back(v);
+  std::vector<float> positions, normals, texcoords;
+  std::vector<uint16_t> indices;
+  const auto append = [&bytes](const auto& values) {
+    const auto raw = std::as_bytes(std::span(values));
+    const auto* first = reinterpret_cast<const uint8_t*>(raw.data());
+    bytes.insert(bytes.end(), first, first + raw.size());
+  };
+  for (int piece = 0; bytes.size() < SIZE; ++piece) {
+    for (auto* values : {&positions, &normals, &texcoords})
+      values->clear();
+    indices.clear();
+    for (int i = 0; i < SIDE * SIDE; ++i) {
+      const auto x = static_cast<float>(i % SIDE), z = static_cast<float>(i / SIDE + piece * SIDE);
+      const float height = std::sin(x * 0.1f) * std::cos(z * 0.1f) * 5;
+      const float slope[] = {-std::cos(x * 0.1f) * std::cos(z * 0.1f) / 8, std::sin(x * 0.1f) * std::sin(z * 0.1f) / 8};
+      const float length = std::sqrt(slope[0] * slope[0] + slope[1] * slope[1] + 1);
+      positions.insert(positions.end(), {x * 4, height, z * 4});
+      normals.insert(normals.end(), {slope[0] / length, 1 / length, slope[1] / length});
+      texcoords.insert(texcoords.end(), {x / 8, z / 8});
+      if (i % SIDE < SIDE - 1 && i / SIDE < SIDE - 1)
+        for (const int corner : {i, i + SIDE, i + 1, i + 1, i + SIDE, i + SIDE + 1})
+          indices.push_back(static_cast<uint16_t>(corner));
     }
-    const auto* raw = reinterpret_cast<const uint8_t*>(values.data());
-    bytes.insert(bytes.end(), raw, raw + values.size() * sizeof(float));
-    for (int x = 0; x < 254; ++x)
-      for (const int corner : {x, x + 255, x + 1, x + 1, x + 255, x + 256}) {
-        const auto index = static_cast<uint16_t>(corner + z * 255);
-        bytes.push_back(static_cast<uint8_t>(index));
-        bytes.push_back(static_cast<uint8_t>(index >> 8));
-      }
+    append(positions);
+    append(normals);
+    append(texcoords);
+    append(indices);
   }
   bytes.resize(SIZE);
   return bytes;

@@ -23,9 +23,12 @@ public:
   std::span<const uint8_t> Encode(std::span<const uint8_t> block);
 
 private:
-  // A slot of another block has another stamp: so nothing needs to be cleared between blocks.
-  std::array<uint32_t, 4096> table{};
-  uint32_t stamp = 0;
+  void Begin(std::span<const uint8_t> block);
+  uint32_t TakeSlot(const uint8_t* p);
+  std::array<uint32_t, 4096> table;
+  std::array<uint16_t, QARCHIVE_BLOCK> hashes;
+  // The block, with room for looking past its end.
+  std::array<uint8_t, QARCHIVE_BLOCK + 64> in{};
   std::array<uint8_t, QARCHIVE_MAX_CHUNK + 64> out;
 };
 
@@ -44,9 +47,9 @@ public:
 
 private:
   Result DecodeItems(const uint8_t* in, const uint8_t* end);
-  // Behind the limit lies room for the longest item: it is written first and then counted.
-  static constexpr size_t LONGEST_ITEM = 4095 + 16;
-  std::array<uint8_t, QARCHIVE_MAX_CHUNK + LONGEST_ITEM + 64> out;
+  // Behind the limit lies room for what is written before it is counted: the references of a word, and the longest run.
+  static constexpr size_t PAST_LIMIT = 16 * 18 + 4095 + 16;
+  std::array<uint8_t, QARCHIVE_MAX_CHUNK + PAST_LIMIT + 64> out;
   // Items are read without looking for the end each time.
   std::array<uint8_t, QARCHIVE_MAX_CHUNK + 64> in;
   size_t size = 0;
