@@ -153,7 +153,7 @@ void Open(benchmark::State& state)
     state.ResumeTiming();
   }
 }
-BENCHMARK(Open)->Name("open 2,000 models, 300 pictures")->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(Open)->Name("open 2,000 models, 300 pictures")->Unit(benchmark::kMillisecond)->Iterations(10);
 
 void Floor(benchmark::State& state)
 {
@@ -172,7 +172,7 @@ void Floor(benchmark::State& state)
     benchmark::DoNotOptimize(bytes);
   }
 }
-BENCHMARK(Floor)->Name("floor: read the files, decode the pictures")->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(Floor)->Name("floor: read the files, decode the pictures")->Unit(benchmark::kMillisecond)->Iterations(10);
 
 constexpr int NODES = 10000, CAMERAS = 200, WAY_POINTS = 4999, LINES = 5000;
 

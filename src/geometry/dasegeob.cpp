@@ -103,6 +103,7 @@ public:
   bool Read();
 
 private:
+  bool ReadBlock();
   bool ReadKeyword(Keyword keyword); // false ends the import
   bool ReadTexture(Keyword keyword); // false: not one of these keywords
   void ReadColor(Keyword keyword);
@@ -126,7 +127,8 @@ private:
   void ColorFace();
   bool ChannelIsKept() const { return channel >= 0 && channel < CHANNELS; }
   DArray<DVector2>& Coordinates() { return geob.texCoord[static_cast<size_t>(channel)]; }
-  void Finish();
+  void FitLists();
+  void Tile();
   DVector3 Three()
   {
     const float x = in.Float();
@@ -153,15 +155,22 @@ private:
 
 bool AseObject::Read()
 {
+  const bool isWhole = ReadBlock();
+  FitLists();
+  if (isWhole)
+    Tile();
+  return isWhole;
+}
+
+bool AseObject::ReadBlock()
+{
   int depth = 0;
   for (std::string_view token; in.NextKeyword(token);) {
     if (token == "{") {
       ++depth;
     } else if (token == "}") {
-      if (--depth == 0) {
-        Finish();
+      if (--depth == 0)
         return true;
-      }
     } else if (!ReadKeyword(KeywordOf(token))) {
       return false;
     }
@@ -423,15 +432,19 @@ void AseObject::ReadColor(Keyword keyword)
   }
 }
 
-// The tiling of the material goes into the coordinates of the last channel.
-void AseObject::Finish()
+// A list that stood in front of the faces was made for another number of vertices.
+void AseObject::FitLists()
 {
-  // A list that stood in front of the faces was made for another number of vertices.
-  for (auto& channelCoordinates : geob.texCoord)
-    if (!channelCoordinates.empty())
-      channelCoordinates.resize(geob.vertex.size(), DVector2(0.0f));
+  for (auto& coordinates : geob.texCoord)
+    if (!coordinates.empty())
+      coordinates.resize(geob.vertex.size(), DVector2(0.0f));
   if (!geob.vertexColor.empty())
     geob.vertexColor.resize(geob.vertex.size(), DVector3(0.0f));
+}
+
+// The tiling of the material goes into the coordinates of the last channel.
+void AseObject::Tile()
+{
   const DMaterial* m = geob.GetMaterial(0);
   if (!m)
     return;

@@ -12,6 +12,7 @@
 #include "track/rsurfacetype.h"
 #include "track/rtimeline.h"
 #include "track/rtrackcam.h"
+#include "track/renvironment.h"
 #include "track/rtracklook.h"
 #include "track/rtrackpoints.h"
 #include "track/rtrafficgrid.h"
@@ -120,7 +121,7 @@ public:
   DVector4 sky{0.0f};
   RSkyModel skyModel;
   RFog fog;
-  RWind wind;
+  REnvironment environment;
   RWeather weather;
   std::unique_ptr<RSun> sun; // after a load
   float shadowIntensity = 1;
@@ -221,7 +222,6 @@ private:
   void LoadSky();
   void LoadColorGrade();
   void LoadWeather();
-  void LoadWind();
   void LoadMaps();
   void LoadFog();
   void LoadSun();

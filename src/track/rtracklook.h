@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-// How a track looks and what weather it has: plain values that a renderer and an environment take when there is one.
+// How a track looks and what weather it has: plain values that a renderer takes when there is one.
 
 struct RSkyModel
 {
@@ -35,22 +35,9 @@ struct RFog
   int mode = EXPONENTIAL;
 };
 
-struct RWind
-{
-  bool present = false; // false without any power
-  DVector3 direction{1, 0, 0};
-  float power = 2;
-  float powerVariance = 0.2f;
-  float powerChangeRate = 0.5f;
-  float directionChangeRate = 10;
-  int directionVariance = 10;
-};
-
 struct RWeather
 {
   std::string rainCurve; // path of the curve file; empty without one
-  float rain = 0;        // 0 to 1, never both
-  float snow = 0;
   float thunder = 0;
   float clouds = 1;
   float cloudHeight = 20000; // metres

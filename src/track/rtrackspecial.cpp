@@ -51,11 +51,6 @@ int CountOrFull(const QInfo& info, const char* key, int max, const char* what)
   return max;
 }
 
-float ClampUnit(float value)
-{
-  return value > 0 ? std::min(value, 1.0f) : 0; // NaN gives 0
-}
-
 } // namespace
 
 // Never fails: what is missing takes its default.
@@ -306,40 +301,25 @@ void RTrack::LoadColorGrade()
 void RTrack::LoadWeather()
 {
   const QInfo& info = *special;
-  LoadWind();
+  environment.LoadSettings(info);
   std::string curve;
   if (info.GetString("env.rain_curve", curve) && !curve.empty()) {
     weather.rainCurve = PathOf(curve);
     QDBG("Rain curve: %s\n", weather.rainCurve.c_str());
   }
-  weather.rain = ClampUnit(info.GetFloat("env.rain"));
-  weather.snow = ClampUnit(info.GetFloat("env.snow"));
-  if (weather.rain > 0 && weather.snow > 0) {
+  const float rain = info.GetFloat("env.rain");
+  const float snow = info.GetFloat("env.snow");
+  if (rain > 0 && snow > 0)
     QWARN("Both env.rain and env.snow in the track's special.ini are non-zero - we can only do one at a time, "
           "ignoring rain");
-    weather.rain = 0;
-  }
+  environment.SetRain(rain);
+  environment.SetSnow(snow);
   weather.thunder = info.GetFloat("env.thunder");
   weather.clouds = info.GetFloat("env.clouds", 1.0f);
   weather.cloudHeight = info.GetFloat("env.cloudheight", 20000.0f);
   weather.sunny = info.GetFloat("env.sunny", 1.0f);
   const std::array<float, 2> current = weather.cloudSpeed;
   info.GetFloats("env.cloudspeed", 2, weather.cloudSpeed.data(), current.data());
-}
-
-void RTrack::LoadWind()
-{
-  const QInfo& info = *special;
-  const DVector3 direction = GetVector(info, "env.wind.direction", {1, 0, 0});
-  wind.direction = DNormalized(direction, DVector3(0.0f));
-  wind.power = info.GetFloat("env.wind.power", 2.0f);
-  wind.powerVariance = info.GetFloat("env.wind.power_variance", 0.2f);
-  wind.present = wind.direction != DVector3(0.0f) && (wind.power != 0 || wind.powerVariance != 0);
-  if (!wind.present)
-    QWARN("REnv: no wind available in this track. Particles will not have windinfluence.");
-  wind.powerChangeRate = info.GetFloat("env.wind.power_changerate", 0.5f);
-  wind.directionChangeRate = info.GetFloat("env.wind.direction_changerate", 10.0f);
-  wind.directionVariance = info.GetInt("env.wind.direction_variance", 10);
 }
 
 void RTrack::LoadMaps()

@@ -39,7 +39,7 @@ TEST(SpecialLoad, TakesDefaultsWithoutAFile)
   EXPECT_EQ(DVector4(0, 0, 0, 1), track->fog.color);
   EXPECT_EQ(0.3f, track->shadowIntensity);
   EXPECT_EQ(20000, track->weather.cloudHeight);
-  EXPECT_TRUE(track->wind.present);
+  EXPECT_TRUE(track->environment.wind.present);
   EXPECT_NEAR(-1.1579, track->offTrackVector.z, 0.0001);
   EXPECT_EQ(-200, track->paceCarEndDistance);
   EXPECT_EQ("data/tracks/small/skids.bin", track->skidMarks.path);
@@ -100,15 +100,23 @@ TEST(SpecialLoad, CorrectsWhatCantBe)
   SmallTrack small;
   small.Write("special.ini",
               "env\n{\n  rain=0.5\n  snow=7\n  wind\n  {\n    power=0\n    power_variance=0\n  }\n}\n"
+              "environment\n{\n  gravity=9.5\n  rain\n  {\n    grip_factor=1.5\n  }\n  snow\n  {\n    "
+              "grip_factor=-0.2\n  }\n}\n"
               "gfx\n{\n  fog\n  {\n    mode=5\n  }\n}\n"
               "tcam\n{\n  count=1\n  cam0\n  {\n    radius=0\n    zoom_close=25\n    flags=13\n"
               "    src\n    {\n      mass=0.000001\n    }\n    keyframes\n    {\n      count=11\n    }\n  }\n}\n");
   ReportCapture reports;
   const auto track = small.Load();
   ASSERT_TRUE(track);
-  EXPECT_EQ(0, track->weather.rain);
-  EXPECT_EQ(1, track->weather.snow);
-  EXPECT_FALSE(track->wind.present);
+  EXPECT_EQ(0, track->environment.GetRain());
+  EXPECT_EQ(1, track->environment.GetSnow());
+  EXPECT_FALSE(track->environment.wind.present);
+  EXPECT_EQ(9.5f, track->environment.gravity);
+  EXPECT_EQ(1, track->environment.rainGripFactor);
+  EXPECT_EQ(0, track->environment.snowGripFactor);
+  track->environment.SetRain(2);
+  EXPECT_EQ(1, track->environment.GetRain());
+  EXPECT_EQ(0, track->environment.GetSnow());
   EXPECT_EQ(RFog::EXPONENTIAL, track->fog.mode);
   const RTrackCam& cam = *track->GetTrackCam(0);
   EXPECT_EQ(10, cam.radius);
@@ -119,6 +127,8 @@ TEST(SpecialLoad, CorrectsWhatCantBe)
   for (const char* text : {"Both env.rain and env.snow in the track's special.ini are non-zero - we can only do one at "
                            "a time, ignoring rain",
                            "REnv: no wind available in this track. Particles will not have windinfluence.",
+                           "environment.rain.grip_factor (1.50) is too high (maximum=1); capped",
+                           "environment.snow.grip_factor (-0.20) is too low (minimum=0); capped",
                            "Track special.ini: gfx.fog.mode out of range 0..2",
                            "tcam.cam0.radius is 0; your camera MUST have a radius; correcting to 10\n",
                            "tcam.cam0.zoom_edge may not be 0; correcting to 10",
@@ -179,8 +189,8 @@ TEST(SpecialLoad, StaysDefinedWithNumbersThatAreNone)
               "env\n{\n  rain=nan\n  snow=inf\n}\ngfx\n{\n  time=99zz\n}\n");
   const auto track = small.Load();
   ASSERT_TRUE(track);
-  EXPECT_EQ(0, track->weather.rain);
-  EXPECT_EQ(1, track->weather.snow);
+  EXPECT_EQ(0, track->environment.GetRain());
+  EXPECT_EQ(1, track->environment.GetSnow());
   EXPECT_EQ(1, track->GetTrackCam(0)->src.mass);
   EXPECT_EQ(-1, track->sun->hours);
   track->GetTrackCam(0)->Follow({1, 2, 3}, {0, 0, 0});
