@@ -6,7 +6,7 @@
 #include "tools/qtoolui.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 
 bool AseSubMaterials::Read(const AseLines& scene, const std::string& sceneName, QToolUi& ui)
 {
@@ -115,11 +115,14 @@ int IdAtLineEnd(std::string_view digitsOn)
   return printed && ends ? DTextReader(digitsOn).Int() : -1;
 }
 
-void AppendNumbered(std::string& out, const char* format, int number)
+// As "%4d" prints it.
+void AppendNumber(std::string& out, int number)
 {
-  char text[64];
-  std::snprintf(text, sizeof text, format, number);
-  out += text;
+  constexpr ptrdiff_t WIDTH = 4;
+  char digits[16];
+  char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  out.append(static_cast<size_t>(std::max<ptrdiff_t>(WIDTH - (end - digits), 0)), ' ');
+  out.append(digits, end);
 }
 
 // From the first tab behind the number; without a tab, what stands behind the number.
@@ -185,11 +188,18 @@ AseMesh::Entry AseMesh::ReadWords(std::string_view line)
 
 void AseMesh::Add(std::string_view line)
 {
-  const Entry entry = ReadWords(line);
-  if (entry.kind == COPIED && !entries.empty() && entries.back().kind == COPIED)
-    entries.back().text = {entries.back().text.data(), entries.back().text.size() + line.size()};
-  else
+  Entry entry = ReadWords(line);
+  const auto length = static_cast<uint32_t>(line.size()); // a line isn't long
+  if (entry.kind != COPIED || entries.empty() || entries.back().kind != COPIED) {
+    entry.lineEnds[0] = length;
     entries.push_back(entry);
+    return;
+  }
+  Entry& run = entries.back();
+  run.text = {run.text.data(), run.text.size() + length};
+  if (run.lineCount < NORMALS)
+    run.lineEnds[static_cast<size_t>(run.lineCount)] = static_cast<uint32_t>(run.text.size());
+  ++run.lineCount;
 }
 
 int AseMesh::IdBeyond(int count) const
@@ -205,25 +215,16 @@ int AseMesh::CountFaces(int id) const
   return static_cast<int>(std::ranges::count(ids, id, &Id::atLineEnd));
 }
 
-// The text without its first lines; drop falls by as many as there were.
-std::string_view AseMesh::WithoutLines(std::string_view lines, int& drop) const
-{
-  auto start = static_cast<size_t>(lines.data() - scene.Text().data());
-  const size_t end = start + lines.size();
-  for (; drop > 0 && start < end; --drop)
-    start = scene.EndOfLine(start);
-  return scene.Text().substr(start, end - start);
-}
-
 // The part of one material id, as it is written.
 struct AseMesh::Part
 {
   bool Put(const AseMesh& mesh); // false: too many faces
-  bool PutEntry(const AseMesh& mesh, const Entry& entry);
+  bool PutEntry(const Entry& entry);
+  void PutLines(const Entry& entry);
   bool PutFace(const Entry& entry);
   // False when the face isn't in the part.
-  bool Renumber(const Entry& entry, const char* format, std::string_view keyword);
-  void PutCount(const char* format, const char* report);
+  bool Renumber(const Entry& entry, std::string_view keyword);
+  void PutCount(std::string_view keyword, const char* report);
 
   int id;
   int count;
@@ -233,10 +234,18 @@ struct AseMesh::Part
   int linesToDrop = 0;
 };
 
-void AseMesh::Part::PutCount(const char* format, const char* report)
+void AseMesh::Part::PutCount(std::string_view keyword, const char* report)
 {
   QDBG("Replace %s with count=%d\n", report, count);
-  AppendNumbered(out, format, count);
+  out.append("\t\t").append(keyword) += std::to_string(count) + "\n";
+}
+
+// Without those that go with a face normal that was dropped.
+void AseMesh::Part::PutLines(const Entry& entry)
+{
+  const int dropped = std::min(linesToDrop, entry.lineCount);
+  linesToDrop -= dropped;
+  out += entry.text.substr(dropped > 0 ? entry.lineEnds[static_cast<size_t>(dropped - 1)] : 0);
 }
 
 bool AseMesh::Part::PutFace(const Entry& entry)
@@ -248,7 +257,9 @@ bool AseMesh::Part::PutFace(const Entry& entry)
   mapFace.push_back(entry.id == id ? newFace : -1);
   if (entry.id != id)
     return true;
-  AppendNumbered(out, "\t\t\t*MESH_FACE %4d: ", newFace++);
+  out += "\t\t\t*MESH_FACE ";
+  AppendNumber(out, newFace++);
+  out += ": ";
   const size_t colon = entry.text.find(':');
   const std::string_view rest = entry.text.substr(colon == std::string_view::npos ? 0 : colon + 1);
   const size_t part = rest.find("*MESH_MTLID");
@@ -258,43 +269,44 @@ bool AseMesh::Part::PutFace(const Entry& entry)
   return true;
 }
 
-bool AseMesh::Part::Renumber(const Entry& entry, const char* format, std::string_view keyword)
+bool AseMesh::Part::Renumber(const Entry& entry, std::string_view keyword)
 {
   const bool known = entry.number >= 0 && entry.number < static_cast<int>(mapFace.size());
   const int number = known ? mapFace[static_cast<size_t>(entry.number)] : -1;
   if (number < 0)
     return false;
-  AppendNumbered(out, format, number);
-  out += BehindNumber(entry.text, keyword);
+  out.append("\t\t\t").append(keyword);
+  AppendNumber(out, number);
+  out.append("  ").append(BehindNumber(entry.text, keyword));
   return true;
 }
 
-bool AseMesh::Part::PutEntry(const AseMesh& mesh, const Entry& entry)
+bool AseMesh::Part::PutEntry(const Entry& entry)
 {
   switch (entry.kind) {
   case COPIED:
-    out += mesh.WithoutLines(entry.text, linesToDrop);
+    PutLines(entry);
     break;
   case NUMFACES:
-    PutCount("\t\t*MESH_NUMFACES %d\n", "NUMFACES");
+    PutCount("*MESH_NUMFACES ", "NUMFACES");
     break;
   case NUMTVFACES:
-    PutCount("\t\t*MESH_NUMTVFACES %d\n", "TVNUMFACES");
+    PutCount("*MESH_NUMTVFACES ", "TVNUMFACES");
     break;
   case NUMCVFACES:
-    PutCount("\t\t*MESH_NUMCVFACES %d\n", "NUMCVFACES");
+    PutCount("*MESH_NUMCVFACES ", "NUMCVFACES");
     break;
   case FACE:
     return PutFace(entry);
   case TFACE:
-    Renumber(entry, "\t\t\t*MESH_TFACE %4d  ", "*MESH_TFACE ");
+    Renumber(entry, "*MESH_TFACE ");
     break;
   case FACENORMAL:
-    if (!Renumber(entry, "\t\t\t*MESH_FACENORMAL %4d  ", "*MESH_FACENORMAL "))
-      linesToDrop = 3; // the normals of its vertices
+    if (!Renumber(entry, "*MESH_FACENORMAL "))
+      linesToDrop = NORMALS;
     break;
   case CFACE:
-    Renumber(entry, "\t\t\t*MESH_CFACE %4d  ", "*MESH_CFACE ");
+    Renumber(entry, "*MESH_CFACE ");
     break;
   }
   return true;
@@ -305,7 +317,7 @@ bool AseMesh::Part::Put(const AseMesh& mesh)
   for (const Entry& entry : mesh.entries) {
     if (linesToDrop > 0 && entry.kind != COPIED)
       --linesToDrop;
-    else if (!PutEntry(mesh, entry))
+    else if (!PutEntry(entry))
       return false;
   }
   return true;

@@ -2,6 +2,8 @@
 
 #include "tools/aselines.h"
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,12 +64,15 @@ private:
     FACENORMAL,
     CFACE
   };
+  static constexpr int NORMALS = 3; // lines behind a FACENORMAL that go with it
   struct Entry
   {
     Kind kind;
     int number;            // behind the keyword
     int id;                // that the line ends with; -1: none
     std::string_view text; // of COPIED all lines up to the next entry
+    int lineCount = 1;
+    std::array<uint32_t, NORMALS> lineEnds = {}; // in the text, of its first lines
   };
   struct Id
   {
@@ -77,7 +82,6 @@ private:
   struct Part;
   void Add(std::string_view line);
   Entry ReadWords(std::string_view line);
-  std::string_view WithoutLines(std::string_view lines, int& drop) const;
   int CountFaces(int id) const;
 
   const AseLines& scene;
