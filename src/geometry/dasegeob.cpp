@@ -55,9 +55,13 @@ struct Word
   Keyword keyword;
 };
 
-// By length, so that most words are told apart by one comparison; the frequent ones first.
+// By length; those of one length are told apart by comparison.
 constexpr Word WORDS[] = {
+    {"*TM_ROW0", TM_ROW0},
+    {"*TM_ROW1", TM_ROW1},
+    {"*TM_ROW2", TM_ROW2},
     {"*MESH_FACE", FACE},
+    {"*NODE_NAME", NODE_NAME},
     {"*MESH_TVERT", TVERT},
     {"*MESH_TFACE", TFACE},
     {"*MESH_CFACE", CFACE},
@@ -75,17 +79,41 @@ constexpr Word WORDS[] = {
     {"*MESH_FACEMAPVERT", FACEMAPVERT},
     {"*MESH_VERTEXNORMAL", VERTEXNORMAL},
     {"*MESH_MAPPINGCHANNEL", MAPPINGCHANNEL},
-    {"*NODE_NAME", NODE_NAME},
-    {"*TM_ROW0", TM_ROW0},
-    {"*TM_ROW1", TM_ROW1},
-    {"*TM_ROW2", TM_ROW2},
 };
+constexpr size_t SHORTEST_WORD = 8, LONGEST_WORD = 20;
+
+// Where the words of each length begin in WORDS, and their end behind the last.
+constexpr auto FIRST_OF_LENGTH = [] {
+  std::array<uint8_t, LONGEST_WORD + 2> first{};
+  for (size_t length = 0; length < first.size(); ++length)
+    for (const Word& word : WORDS)
+      first[length] = static_cast<uint8_t>(first[length] + (word.text.size() < length));
+  return first;
+}();
+
+uint64_t Eight(const char* text)
+{
+  uint64_t eight;
+  std::memcpy(&eight, text, sizeof eight);
+  return eight;
+}
+
+// Of two texts of the same length, that of a keyword: by their first, their last and, of long ones, their middle eight.
+bool IsSame(std::string_view a, std::string_view b)
+{
+  const size_t last = a.size() - SHORTEST_WORD;
+  return Eight(&a[last]) == Eight(&b[last]) && Eight(&a[0]) == Eight(&b[0]) &&
+         (last <= SHORTEST_WORD || Eight(&a[SHORTEST_WORD]) == Eight(&b[SHORTEST_WORD]));
+}
 
 Keyword KeywordOf(std::string_view token)
 {
-  for (const Word& word : WORDS)
-    if (word.text.size() == token.size() && std::memcmp(word.text.data(), token.data(), token.size()) == 0)
-      return word.keyword;
+  const size_t length = token.size();
+  if (length < SHORTEST_WORD || length > LONGEST_WORD)
+    return OTHER;
+  for (size_t i = FIRST_OF_LENGTH[length]; i < FIRST_OF_LENGTH[length + 1]; ++i)
+    if (IsSame(WORDS[i].text, token))
+      return WORDS[i].keyword;
   return OTHER;
 }
 

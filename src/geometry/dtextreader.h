@@ -19,11 +19,7 @@ public:
   void Seek(const char* position) { at = position; } // one that Position gave
 
   static bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
-  void SkipBlanks()
-  {
-    while (at < end && IsBlank(*at))
-      ++at;
-  }
+  void SkipBlanks() { at = BehindBlanks(at); }
   // False at the end of the text.
   bool Next(std::string_view& token)
   {
@@ -59,12 +55,11 @@ public:
   // The next token that a keyword or a brace could be: all others, but for quoted ones, are passed over quickly.
   bool NextKeyword(std::string_view& token)
   {
-    for (SkipBlanks(); at < end; SkipBlanks()) {
-      if (*at == '*' || *at == '{' || *at == '}' || *at == '"')
-        return Next(token);
-      SkipWord();
-    }
-    return false;
+    const char* p = BehindBlanks(at);
+    while (p < end && *p != '*' && *p != '{' && *p != '}' && *p != '"')
+      p = BehindBlanks(BehindWord(p));
+    at = p;
+    return p < end && Next(token);
   }
   // Behind the end of the block that opens next.
   void SkipBlock();
@@ -129,10 +124,19 @@ private:
     const auto length = static_cast<size_t>(to - from);
     return {from, length < MAX_TOKEN ? length : MAX_TOKEN};
   }
-  void SkipWord()
+  void SkipWord() { at = BehindWord(at); }
+  // Not by the member, which would be stored at each step: it could lie in the text, for all the compiler knows.
+  const char* BehindBlanks(const char* p) const
   {
-    while (at < end && !IsBlank(*at))
-      ++at;
+    while (p < end && IsBlank(*p))
+      ++p;
+    return p;
+  }
+  const char* BehindWord(const char* p) const
+  {
+    while (p < end && !IsBlank(*p))
+      ++p;
+    return p;
   }
   int32_t QuotedInt();
   float SlowFloat();
