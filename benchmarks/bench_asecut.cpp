@@ -4,9 +4,9 @@
 
 #include "foundation/qreport.h"
 #include "geometry/dblock.h"
+#include "support/unattendedui.h"
 #include "tools/asecut.h"
 #include "tools/asecutmultisub.h"
-#include "tools/qtoolui.h"
 
 #include <benchmark/benchmark.h>
 
@@ -20,26 +20,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-class Silent : public QToolUi
-{
-public:
-  struct Progress : QToolProgress
-  {
-    void SetText(std::string_view) override {}
-    void SetProgress(int, int) override {}
-    bool Poll() override { return true; }
-    void Flush() override {}
-  };
-  std::unique_ptr<QToolProgress> OpenProgress(const char*, const char*) override
-  {
-    return std::make_unique<Progress>();
-  }
-  bool Confirm(const char*, const char*) override { return true; }
-  void Tell(const char*, std::string_view) override {}
-  bool AskText(const char*, const char*, std::string&) override { return true; }
-  void ShowFile(const std::string&) override {}
-};
 
 std::string Header(int materials, int subMaterials)
 {
@@ -138,7 +118,7 @@ constexpr int SUB_OBJECTS = 300, SUB_FACES = 1930, SUB_MATERIALS = 20;
 void Cut(benchmark::State& state)
 {
   const Place place(OBJECTS, FACES, 0);
-  Silent ui;
+  UnattendedUi ui;
   for (auto _ : state) {
     Place::Clear(state);
     if (!ASECut("scene.ase", ui))
@@ -150,7 +130,7 @@ void Cut(benchmark::State& state)
 void CutMultiSub(benchmark::State& state)
 {
   const Place place(SUB_OBJECTS, SUB_FACES, SUB_MATERIALS);
-  Silent ui;
+  UnattendedUi ui;
   for (auto _ : state) {
     Place::Clear(state);
     if (!ASECutMultiSub("scene.ase", "output", false, ui))

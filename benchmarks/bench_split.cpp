@@ -3,7 +3,7 @@
 #include "foundation/qreport.h"
 #include "geometry/dgeode.h"
 #include "scene/worldgeodenode.h"
-#include "tools/qtoolui.h"
+#include "support/unattendedui.h"
 #include "tools/rtracksplitter.h"
 #include "track/rtrackvrml.h"
 
@@ -21,27 +21,6 @@ constexpr int SIDE = 128; // squares of a model: 32,768 triangles
 constexpr int IN_ROW = 7; // models
 constexpr int MATERIALS = 6;
 constexpr float STEP = 2.2f; // metres
-
-class Silent : public QToolUi
-{
-public:
-  class Progress : public QToolProgress
-  {
-  public:
-    void SetText(std::string_view) override {}
-    void SetProgress(int, int) override {}
-    bool Poll() override { return true; }
-    void Flush() override {}
-  };
-  std::unique_ptr<QToolProgress> OpenProgress(const char*, const char*) override
-  {
-    return std::make_unique<Progress>();
-  }
-  bool Confirm(const char*, const char*) override { return true; }
-  void Tell(const char*, std::string_view) override {}
-  bool AskText(const char*, const char*, std::string&) override { return true; }
-  void ShowFile(const std::string&) override {}
-};
 
 void AddStrip(DGeode& geode, int n, int strip)
 {
@@ -96,7 +75,7 @@ void Split(benchmark::State& state)
   fs::create_directories(root / "data/tracks/bench_split");
   fs::current_path(root);
   const auto track = MakeTrack();
-  Silent ui;
+  UnattendedUi ui;
   for (auto _ : state) {
     RTrackSplitter splitter(*track, ui);
     splitter.cellSize = 50;

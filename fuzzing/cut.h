@@ -1,36 +1,15 @@
 #pragma once
 
 #include "fuzzing/check.h"
+#include "support/unattendedui.h"
 #include "tools/asecut.h"
 #include "tools/asecutmultisub.h"
-#include "tools/qtoolui.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
-
-// Answers nothing and shows nothing.
-class FuzzToolUi : public QToolUi
-{
-public:
-  struct Progress : QToolProgress
-  {
-    void SetText(std::string_view) override {}
-    void SetProgress(int, int) override {}
-    bool Poll() override { return true; }
-    void Flush() override {}
-  };
-  std::unique_ptr<QToolProgress> OpenProgress(const char*, const char*) override
-  {
-    return std::make_unique<Progress>();
-  }
-  bool Confirm(const char*, const char*) override { return true; }
-  void Tell(const char*, std::string_view) override {}
-  bool AskText(const char*, const char*, std::string&) override { return true; }
-  void ShowFile(const std::string&) override {}
-};
 
 // A directory in memory with the scene in it; one for all runs of the process. It is the current one during a run only:
 // the fuzzer finds its corpus by relative paths.
@@ -93,7 +72,7 @@ inline void FuzzCut(std::string_view bytes)
   static FuzzScene scene;
   const QuietReports quiet;
   scene.Enter(bytes);
-  FuzzToolUi ui;
+  UnattendedUi ui;
   static_cast<void>(ASECut("scene.ase", ui));
   scene.Leave("output");
 }
@@ -103,7 +82,7 @@ inline void FuzzCutMultiSub(std::string_view bytes)
   static FuzzScene scene;
   const QuietReports quiet;
   scene.Enter(bytes);
-  FuzzToolUi ui;
+  UnattendedUi ui;
   static_cast<void>(ASECutMultiSub("scene.ase", "parts", true, ui));
   scene.Leave("parts");
 }

@@ -12,7 +12,7 @@
 #include "scene/worldscene.h"
 #include "support/reportcapture.h"
 #include "support/tempdir.h"
-#include "tools/qtoolui.h"
+#include "support/unattendedui.h"
 #include "tools/rtracksplitter.h"
 #include "track/rtrackvrml.h"
 
@@ -52,25 +52,6 @@ const View VIEWS[] = {
     {"wireframe", {-14, 9, -150}, 15, 22, 50, WorldRenderer::PAINT_WIREFRAME, false},
 };
 
-class Silent : public QToolUi
-{
-  struct Progress : QToolProgress
-  {
-    void SetText(std::string_view) override {}
-    void SetProgress(int, int) override {}
-    bool Poll() override { return true; }
-    void Flush() override {}
-  };
-  std::unique_ptr<QToolProgress> OpenProgress(const char*, const char*) override
-  {
-    return std::make_unique<Progress>();
-  }
-  bool Confirm(const char*, const char*) override { return true; }
-  void Tell(const char*, std::string_view) override {}
-  bool AskText(const char*, const char*, std::string&) override { return true; }
-  void ShowFile(const std::string&) override {}
-};
-
 // Makes "lakeside_split": all files of the track, but its models and their list as a split leaves them.
 void SplitLakeside()
 {
@@ -83,7 +64,7 @@ void SplitLakeside()
   RTrackVRML track({.scene = &shaders});
   track.SetName("lakeside");
   ASSERT_TRUE(track.Load());
-  Silent ui;
+  UnattendedUi ui;
   RTrackSplitter splitter(track, ui);
   splitter.cellSize = 300;
   EXPECT_TRUE(splitter.Split());

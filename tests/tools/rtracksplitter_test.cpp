@@ -3,7 +3,7 @@
 #include "geometry/dshader.h"
 #include "geometry/dtexture.h"
 #include "support/reportcapture.h"
-#include "tools/qtoolui.h"
+#include "support/unattendedui.h"
 #include "tools/rtracksplitter.h"
 #include "track/scenerymodel.h"
 #include "track/smalltrack.h"
@@ -17,33 +17,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// Cancels at a poll, counted from 0; never for -1.
-class Unattended : public QToolUi
-{
-public:
-  explicit Unattended(int cancelledPoll = -1) : cancelAt(cancelledPoll) {}
-  struct Progress : QToolProgress
-  {
-    explicit Progress(Unattended& o) : owner(o) {}
-    void SetText(std::string_view text) override { owner.texts.emplace_back(text); }
-    void SetProgress(int, int) override {}
-    bool Poll() override { return owner.polls++ != owner.cancelAt; }
-    void Flush() override {}
-    Unattended& owner;
-  };
-  std::unique_ptr<QToolProgress> OpenProgress(const char*, const char*) override
-  {
-    return std::make_unique<Progress>(*this);
-  }
-  bool Confirm(const char*, const char*) override { return true; }
-  void Tell(const char*, std::string_view) override {}
-  bool AskText(const char*, const char*, std::string&) override { return true; }
-  void ShowFile(const std::string&) override {}
-  std::vector<std::string> texts;
-  int cancelAt;
-  int polls = 0;
-};
 
 // Cells as nested scans find them.
 std::vector<RSplitTriangle> PlainCells(const std::vector<const DGeob*>& geobs, const DBox& box, float size)
@@ -136,7 +109,7 @@ protected:
   }
   bool Split(float metres, int cancelAt = -1)
   {
-    Unattended ui(cancelAt);
+    UnattendedUi ui(cancelAt);
     RTrackSplitter splitter(*track, ui);
     splitter.cellSize = metres;
     const bool done = splitter.Split();
