@@ -105,7 +105,7 @@ void EditShell::SplitTrack(QToolUi& ui)
   RTrackSplitter splitter(*state.curTrack, ui);
   splitter.cellSize = QParseFloat(size);
   if (splitter.Split())
-    ui.Tell("Success", "Track has been split succesfully; check " + state.curTrack->trackName + "_split/*.dof");
+    ui.Tell("Success", "Track has been split succesfully; check <trackname>_split/*.dof");
   else
     ui.Tell("Failed", "Split failed or aborted.");
 }

@@ -69,7 +69,7 @@ QBatchResult ASEBatch(QToolUi& ui, const std::string& trackDir, const std::strin
   std::unique_ptr<QLogRedirect> log;
   if (interactive) {
     log = std::make_unique<QLogRedirect>(ASE_LOG);
-    if (!ui.Confirm(("Convert all ASE files in " + trackDir + "/ase").c_str(), SURE))
+    if (!ui.Confirm("Convert all ASE files in <trackdir>/ase", SURE))
       return {};
     optimize =
         ui.Confirm("Optimize resulting DOF files?", "Conversion is faster without optimizations but draws slower.");
@@ -139,7 +139,7 @@ QBatchResult ExportAllWRL(QToolUi& ui, const RTrackVRML& track)
   const std::string directory = track.trackDir + "/wrl";
   if (!QCreateDirectory(directory))
     QWARN("ExportAllWRL(); can't create directory '%s'", directory.c_str());
-  const auto progress = ui.OpenProgress("Processing...", ("Converting DOF to WRL (in " + directory + ").").c_str());
+  const auto progress = ui.OpenProgress("Processing...", "Converting DOF to WRL (in <trackdir>/wrl).");
   QBatchResult result{true, track.nodes.Count()};
   for (int i = 0; i < track.nodes.Count(); ++i) {
     const RTrackNode& node = **track.nodes.At(i);
