@@ -9,6 +9,7 @@
 #include <SDL.h>
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <epoxy/gl.h>
 #include <string_view>
 
@@ -20,6 +21,20 @@ QEvent RawEvent(int type, int n = 0)
   event.type = type;
   event.n = n;
   return event;
+}
+
+volatile std::sig_atomic_t endSignal = 0; // the one that came
+
+void NoteEndSignal(int signal)
+{
+  endSignal = signal;
+}
+
+// SDL would make of them what it makes of the window's close button.
+void CatchEndSignals(bool on)
+{
+  for (const int signal : {SIGTERM, SIGINT})
+    std::signal(signal, on ? NoteEndSignal : SIG_DFL);
 }
 
 // 1 left, 2 middle, 3 right, as SDL has it; others aren't known to the system.
@@ -41,9 +56,13 @@ bool QSDLDisplay::Open()
   // The composition of accents and other scripts is the input method's; its text reaches us as text.
   SDL_SetHint(SDL_HINT_IME_SHOW_UI, "1");
   SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+  SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+  endSignal = 0;
   open = SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
-  if (open)
+  if (open) {
     SDL_DisableScreenSaver(); // who looks at a circuit for a while may leave the mouse alone
+    CatchEndSignals(true);
+  }
   return open;
 }
 
@@ -53,8 +72,10 @@ void QSDLDisplay::Close()
   if (cursor)
     SDL_FreeCursor(cursor);
   cursor = nullptr;
-  if (open)
+  if (open) {
+    CatchEndSignals(false);
     SDL_QuitSubSystem(SDL_INIT_VIDEO);
+  }
   open = false;
 }
 
@@ -386,10 +407,15 @@ void QSDLDisplay::Pump()
     SDL_PumpEvents();
 }
 
+bool QSDLDisplay::WantsEnd() const
+{
+  return endSignal != 0;
+}
+
 void QSDLDisplay::Take(const SDL_Event& event)
 {
   switch (event.type) {
-  case SDL_QUIT: // the window's close button, and SIGTERM
+  case SDL_QUIT: // the window's close button
     pending.push_back(RawEvent(QEvent::CLOSE));
     break;
   case SDL_KEYDOWN:

@@ -36,6 +36,7 @@ public:
   void Swap() override;
   bool NextEvent(QEvent& event) override;
   void Pump() override;
+  bool WantsEnd() const override;
   void Sleep(int milliseconds) override;
   int64_t Clock() const override;
   void ShowPointer(bool show) override;

@@ -166,6 +166,10 @@ bool QApp::OfferKeyboardHandlers()
 int QApp::Run1()
 {
   if (!PumpEvents()) {
+    if (display->WantsEnd() && shell) {
+      shell->SendEvent(QEvent::CLOSE); // each open dialog takes one as Cancel, and the last ends the program
+      return 2;
+    }
     if (const std::function<void()> idle = idleProc) {
       idle();
     } else {

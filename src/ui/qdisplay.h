@@ -65,6 +65,9 @@ public:
   virtual bool NextEvent(QEvent& event) = 0;
   // Answers the window system, and keeps what happened for NextEvent: for whoever is busy for long.
   virtual void Pump() = 0;
+  // The system wants the program to end, whatever it is asking or doing; unlike a closed window, which is the user's
+  // answer to what is asked.
+  virtual bool WantsEnd() const { return false; }
   virtual void Sleep(int milliseconds) = 0;
   virtual int64_t Clock() const = 0; // monotonic milliseconds
 

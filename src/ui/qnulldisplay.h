@@ -34,6 +34,7 @@ public:
   // told to close, so that a forgotten dialog fails a test instead of hanging it.
   bool NextEvent(QEvent& event) override;
   void Pump() override {}
+  bool WantsEnd() const override { return wantsEnd; }
   void Sleep(int milliseconds) override { now += milliseconds; }
   int64_t Clock() const override { return now; }
   void ShowPointer(bool) override {}
@@ -77,6 +78,7 @@ public:
   bool canOpen = true;
   QRect workArea{0, 0, 1280, 1024};
   float scale = 1;
+  bool wantsEnd = false;
   int64_t now = 1000;
   int idleLimit = 100000;
   bool ranDry = false; // the idle limit was reached

@@ -81,5 +81,7 @@ bool QProgressDialog::Poll()
     else
       app->PaintIfWanted();
   }
+  if (cancel && app->GetDisplay().WantsEnd())
+    cancelled = true;
   return !cancelled;
 }

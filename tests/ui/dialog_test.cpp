@@ -261,6 +261,8 @@ TEST_F(UiTest, ProgressIsPolledUntilCancelled)
        },
        true},
       {"another key", 0, [](auto& d, auto&) { d.Key(QMOD_SHIFT | 'L'); }, true},
+      {"the system's end", 0, [](auto& d, auto&) { d.wantsEnd = true; }, false},
+      {"its end without cancelling", QProgressDialog::NO_CANCEL, [](auto& d, auto&) { d.wantsEnd = true; }, true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -278,6 +280,7 @@ TEST_F(UiTest, ProgressIsPolledUntilCancelled)
     EXPECT_EQ(1, calls);
     c.act(*display, dialog);
     EXPECT_EQ(c.goesOn, dialog.Poll());
+    display->wantsEnd = false;
     EXPECT_EQ(!c.goesOn, dialog.IsCancelled());
     EXPECT_EQ(0, Count(QEvent::KEYPRESS)); // no key starts a second load
     EXPECT_TRUE(exits.empty());
