@@ -180,6 +180,7 @@ void EditShell::PaintOverlay(int flags)
   QGLOverlay overlay(app.GetShell()->GetCanvas());
   if (EditMode* mode = CurrentMode())
     mode->ModePaint(overlay);
+  overlay.Flush();
   if (state.paintVertices)
     PaintAllVertices(overlay);
   PaintPickLine(overlay);

@@ -15,6 +15,7 @@ struct DOverlayStyle
   bool depthTest = true;
   bool blend = false;        // smooth, source alpha over one minus source alpha
   float offset = 0.0f;       // polygon offset, factor and units
+  bool always = false;       // of a text: shown even where a nearer one stands
   uint16_t stipple = 0xFFFF; // of lines: a bit for each pixel of the interface, the lowest first
 };
 
@@ -30,6 +31,7 @@ public:
   // Three, or four, corners each.
   virtual void Triangles(std::span<const DVector3> corners, const DOverlayStyle& style) = 0;
   virtual void Quads(std::span<const DVector3> corners, const DOverlayStyle& style) = 0;
+  // At the point, unless texts of nearer points leave no room there.
   virtual void Text(const DVector3& at, std::string_view text, const DOverlayStyle& style) = 0;
 
   void Line(const DVector3& a, const DVector3& b, const DOverlayStyle& style)

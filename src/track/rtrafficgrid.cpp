@@ -142,6 +142,7 @@ void RTrafficGrid::Paint(DOverlay& overlay) const
     std::array<char, 80> label;
     std::snprintf(label.data(), label.size(), "WP %d, %.1f m/s", i, static_cast<double>(w.velocity));
     style.color = i == selected ? QColor(255, 100, 100) : QColor(255, 255, 255);
+    style.always = i == selected;
     overlay.Text(w.pos, label.data(), style);
     ++i;
   }
@@ -181,6 +182,7 @@ void RTrafficGrid::PaintLinks(DOverlay& overlay) const
   const RTrafficWayPoint* from = wayPoints.At(selected);
   if (!from)
     return;
+  style.always = true;
   const char* letters[] = {"F", "L", "R"};
   for (size_t i = 0; i < from->links.size(); ++i)
     if (const RTrafficWayPoint* to = wayPoints.At(from->links[i]))

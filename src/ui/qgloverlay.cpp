@@ -10,6 +10,7 @@
 #include <cmath>
 #include <epoxy/gl.h>
 #include <glm/gtc/type_ptr.hpp>
+#include <numeric>
 
 namespace {
 
@@ -43,6 +44,11 @@ void Setup(const DOverlayStyle& style)
   const QColor& c = style.color;
   glColor4ub(static_cast<GLubyte>(c.GetR()), static_cast<GLubyte>(c.GetG()), static_cast<GLubyte>(c.GetB()),
              static_cast<GLubyte>(c.GetA()));
+}
+
+bool Overlap(const QRect& a, const QRect& b)
+{
+  return a.x < b.x + b.wid && b.x < a.x + a.wid && a.y < b.y + b.hgt && b.y < a.y + a.hgt;
 }
 
 void Draw(GLenum what, std::span<const DVector3> points, const DOverlayStyle& style)
@@ -96,11 +102,43 @@ void QGLOverlay::Text(const DVector3& at, std::string_view text, const DOverlayS
     return;
   const float x = static_cast<float>(view[0]) + (clip.x / clip.w + 1) * 0.5f * static_cast<float>(view[2]);
   const float y = static_cast<float>(view[1]) + (clip.y / clip.w + 1) * 0.5f * static_cast<float>(view[3]);
-  QFont* font = canvas.GetFont() ? canvas.GetFont() : app->GetSystemFont();
-  canvas.SetFont(font);
-  canvas.SetBlending(true);
-  canvas.SetColor(style.color);
+  const QFont* font = canvas.GetFont() ? canvas.GetFont() : app->GetSystemFont();
   const float scale = app->GetDisplay().Scale();
-  canvas.Text(text, static_cast<int>(x / scale),
-              app->GetShell()->rect.hgt - static_cast<int>(y / scale) - static_cast<int>(font->GetHeight()));
+  const int height = static_cast<int>(font->GetHeight());
+  QOverlayLabel& label = labels.emplace_back();
+  label.rect = {static_cast<int>(x / scale), app->GetShell()->rect.hgt - static_cast<int>(y / scale) - height,
+                static_cast<int>(std::ceil(font->GetWidth(text))), height};
+  label.distance = clip.w;
+  label.always = style.always;
+  label.color = style.color;
+  label.text = text;
+}
+
+void QGLOverlay::Flush()
+{
+  if (labels.empty())
+    return;
+  canvas.SetFont(canvas.GetFont() ? canvas.GetFont() : app->GetSystemFont());
+  canvas.SetBlending(true);
+  for (const size_t i : QChooseLabels(labels)) {
+    canvas.SetColor(labels[i].color);
+    canvas.Text(labels[i].text, labels[i].rect.x, labels[i].rect.y);
+  }
+  labels.clear();
+}
+
+std::vector<size_t> QChooseLabels(std::span<const QOverlayLabel> labels)
+{
+  std::vector<size_t> order(labels.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+    return labels[a].always != labels[b].always ? labels[a].always : labels[a].distance < labels[b].distance;
+  });
+  std::vector<size_t> chosen; // few: the shell holds no more
+  for (const size_t i : order) {
+    const auto covers = [&](size_t other) { return Overlap(labels[i].rect, labels[other].rect); };
+    if (labels[i].always || std::none_of(chosen.begin(), chosen.end(), covers))
+      chosen.push_back(i);
+  }
+  return chosen;
 }

@@ -14,6 +14,7 @@
 #include "ui/qscreenshot.h"
 
 #include <SDL.h>
+#include <csignal>
 #include <cstdlib>
 #include <epoxy/gl.h>
 #include <fcntl.h>
@@ -324,10 +325,45 @@ TEST_F(OffscreenTest, TheOverlayDrawsWithTheCurrentMatrices)
   overlay.Line({100, 50.5f, 0}, {150, 50.5f, 0}, style);
   EXPECT_NEAR(50, Lit({95, 180, 60, 20}), 1);
   overlay.Text({200, 100, 0}, "T1", style);
+  overlay.Flush();
   if (application->GetSystemFont()->IsCreated()) {
     EXPECT_GT(Lit({200, 120, 40, 25}), 5);
   }
   EXPECT_EQ(0u, glGetError());
+}
+
+TEST(OverlayLabels, NearOnesKeepTheirRoomAndChosenOnesAreAlwaysThere)
+{
+  const struct
+  {
+    QRect rect;
+    float distance;
+    bool always;
+  } rows[] = {
+      {{0, 0, 45, 10}, 90, false},   // behind the next
+      {{40, 5, 50, 10}, 20, false},  //
+      {{80, 5, 50, 10}, 30, false},  // behind the one before
+      {{120, 5, 50, 10}, 40, false}, // free, as that isn't there
+      {{50, 15, 50, 10}, 50, false}, // touches only
+      {{45, 5, 50, 10}, 900, true},  // far, but always: no room for the second then
+  };
+  std::vector<QOverlayLabel> labels;
+  for (const auto& row : rows)
+    labels.push_back({row.rect, row.distance, row.always, {}, {}});
+  EXPECT_EQ((std::vector<size_t>{5, 3, 4, 0}), QChooseLabels(labels));
+  labels.pop_back();
+  EXPECT_EQ((std::vector<size_t>{1, 3, 4}), QChooseLabels(labels));
+}
+
+// The desktop ends programs by a signal; the window's close button is another thing.
+TEST_F(OffscreenTest, ASignalToEndIsNoted)
+{
+  EXPECT_FALSE(display->WantsEnd());
+  raise(SIGTERM);
+  EXPECT_TRUE(display->WantsEnd());
+  QEvent event;
+  while (display->NextEvent(event))
+    EXPECT_NE(QEvent::CLOSE, event.type);
 }
 
 TEST_F(OffscreenTest, ABackgroundPictureCoversAnAreaAsTiles)
