@@ -188,13 +188,20 @@ void EditView::FocusSelection()
     return;
   float distance = 0;
   DVector3 centers(0.0f);
+  int count = 0;
   for (const SelectedNode& selected : state.SelectedNodes) {
-    const DBox box = selected.node->Geode()->GetBoundingBox();
+    DGeode* geode = selected.node->Geode();
+    if (!geode || geode->GetNoofGeobs() == 0)
+      continue; // it is nowhere
+    const DBox box = geode->GetBoundingBox();
     distance = std::max(distance, box.Radius() * state.orbitFactor);
     centers += box.Center();
+    ++count;
   }
+  if (count == 0)
+    return;
   state.orbitDistance = distance;
-  state.orbitPivot = centers / static_cast<float>(state.SelectedNodes.size());
+  state.orbitPivot = centers / static_cast<float>(count);
 }
 
 void EditView::OrbitApply(float dYaw, float dPitch)

@@ -120,6 +120,42 @@ TEST_F(EditViewTest, OrbitKeepsItsPivotInTheMiddle)
   EXPECT_FLOAT_EQ(0.01f, state.orbitFactor);
 }
 
+TEST_F(EditViewTest, FocusIsOnTheSelectedModelsThatAreSomewhere)
+{
+  RTrackNode nodes[3]; // the last without a model
+  for (const int i : {0, 1}) {
+    auto geode = std::make_unique<DGeode>("box");
+    geode->AddGeob()->vertex = {{float(i) * 10, 0, 0}, {float(i) * 10 + 6, 8, 0}};
+    nodes[i].sceneNode = std::make_unique<WorldGeodeNode>(nullptr, "box");
+    nodes[i].sceneNode->SetGeode(std::move(geode), "box");
+  }
+  const struct
+  {
+    int mode;
+    std::vector<int> selected;
+    float distance;
+    DVector3 pivot;
+  } cases[] = {{3, {0, 1, 2}, 10, {8, 4, 0}},
+               {9, {1}, 10, {13, 4, 0}},
+               {3, {2}, 77, {7, 7, 7}},
+               {3, {}, 77, {7, 7, 7}},
+               {1, {0}, 77, {7, 7, 7}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.mode << " " << c.selected.size());
+    state.curMode = c.mode;
+    state.SelectedNodes.clear();
+    for (const int i : c.selected)
+      state.SelectedNodes.push_back({i, &nodes[i]});
+    state.orbitDistance = 77;
+    state.orbitPivot = {7, 7, 7};
+    state.orbitFactor = 0.5f;
+    view.FocusSelection();
+    EXPECT_EQ(2, state.orbitFactor);
+    EXPECT_FLOAT_EQ(c.distance, state.orbitDistance);
+    EXPECT_EQ(c.pivot, state.orbitPivot);
+  }
+}
+
 TEST_F(EditViewTest, UnprojectReportsAMatrixWithoutInverse)
 {
   ReportCapture reports;
