@@ -54,7 +54,7 @@ const EditShell::Command EditShell::commands[] = {
     {false, [](EditShell& s, QToolUi&) { s.ReloadTrack(); }},
     {true, [](EditShell& s, QToolUi&) { s.SaveTrack(); }},
     {true, [](EditShell& s, QToolUi& ui) { ConvertAllWRLs(ui, s.state.curTrack->trackDir); }},
-    {true, [](EditShell& s, QToolUi& ui) { s.ImportModels(ui); }},
+    {true, [](EditShell& s, QToolUi& ui) { s.ImportModels(ui, true); }},
     {true, [](EditShell& s, QToolUi& ui) { AddLightingAllDOFs(ui, s.state.curTrack->trackDir); }},
     {true, [](EditShell& s, QToolUi& ui) { ASEBatch(ui, s.state.curTrack->trackDir, {}, true, true, {}); }},
     {true, [](EditShell& s, QToolUi& ui) { s.SplitTrack(ui); }},
@@ -87,12 +87,19 @@ void EditShell::ExportModels()
   kept.Drop();
 }
 
-void EditShell::ImportModels(QToolUi& ui)
+void EditShell::ImportModels(QToolUi& ui, bool dropsCache)
 {
-  if (!ImportDOFs(ui, *state.curTrack, {}, false, state.importFilter).started)
-    return;
-  // It was made of the models before.
-  ::unlink((state.curTrack->trackDir + "/cache/trackcollision.bin").c_str());
+  const bool imported = ImportDOFs(ui, *state.curTrack, {}, false, state.importFilter).started;
+  if (imported && dropsCache) // it was made of the models before
+    ::unlink((state.curTrack->trackDir + "/cache/trackcollision.bin").c_str());
+}
+
+// Unlike its button it leaves the collision cache alone.
+void EditShell::OnImportKey()
+{
+  EditToolUi ui = MakeToolUi();
+  ImportModels(ui, false);
+  kept.Drop();
 }
 
 void EditShell::SplitTrack(QToolUi& ui)
@@ -116,7 +123,8 @@ void EditShell::CutASE(QToolUi& ui)
   if (!AskFile("Cut ASE apart", "cutase", file))
     return;
   if (ASECut(file, ui))
-    ui.Tell("Done", "Split ASE files are in " + CurrentDirectory() + "/output");
+    Message("Done", ("Split ASE files are in " + CurrentDirectory() + "/output").c_str(), false, nullptr, nullptr,
+            nullptr);
   else
     qerr(QFileNameOf(__FILE__), "CutASE", __LINE__, CUT_FAILED);
 }
@@ -179,6 +187,6 @@ void EditShell::MakeShaderTemplate(QToolUi& ui)
     Message("Error", ("Can't write " + path).c_str(), true, nullptr, nullptr, nullptr);
     return;
   }
-  Message("Info", ("Shader templates written in " + path).c_str(), true, &RECT, nullptr, nullptr);
+  Message("Info", ("Shader templates written in " + path).c_str(), false, &RECT, nullptr, nullptr);
   ui.ShowFile(path);
 }

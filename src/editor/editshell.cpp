@@ -358,7 +358,7 @@ struct EditShell::GlobalKey
 
 const EditShell::GlobalKey EditShell::globalKeys[] = {
     {QMOD_SHIFT | 'Q', [](EditShell& s) { s.app.Exit(0); }},
-    {'I', [](EditShell& s) { s.OnCommand(4); }},
+    {'I', [](EditShell& s) { s.OnImportKey(); }},
     {'G', [](EditShell& s) { s.view.GotoPickStart(); }},
     {'N', [](EditShell& s) { s.ToggleRendererFlag(WorldRenderer::PAINT_NORMALS); }},
     {'Z', [](EditShell& s) { s.ToggleRendererFlag(WorldRenderer::PAINT_WIREFRAME); }},

@@ -121,7 +121,8 @@ private:
   // Commands for exported scenery, in editcommands.cpp.
   EditToolUi MakeToolUi();
   void OnCommand(int n);
-  void ImportModels(QToolUi& ui);
+  void ImportModels(QToolUi& ui, bool dropsCache);
+  void OnImportKey();
   void SplitTrack(QToolUi& ui);
   void CutASE(QToolUi& ui);
   // An empty file is asked for; an empty directory is the track's own for exports. False when nothing was cut.

@@ -160,7 +160,7 @@ void TrafficMode::RemoveSelected()
   if (selected == -1)
     Fail(host, NONE_SELECTED);
   else if (!state.curTrack->trafficGrid.Remove(selected))
-    Fail(host, "Failed to remove waypoint.");
+    host.Message("Error", "Failed to remove waypoint.");
 }
 
 void TrafficMode::SelectNext()

@@ -134,7 +134,7 @@ bool RTrack::AddTrackCam(std::unique_ptr<RTrackCam> cam)
     cameraList.AddCamera(&(*added)->camera);
     return true;
   }
-  QWARN("RTrack:AddTrackCam(); max (%d) exceeded", MAX_TRACKCAMS);
+  QERR("RTrack:AddTrackCam(); max (%d) exceeded", MAX_TRACKCAMS);
   return false;
 }
 

@@ -18,6 +18,7 @@ public:
   std::deque<int> choices;         // of Message
   std::vector<std::string> prompts;
   std::vector<std::string> filled; // what the fields held before
+  QRect area;                      // of the last prompt; empty: the dialog's own
   std::vector<std::string> messages;
   std::vector<std::string> hud;
   std::vector<std::string> buttons;
@@ -38,8 +39,9 @@ public:
       choices.pop_front();
     return choice;
   }
-  bool AskText(const char* title, const char* prompt, std::string& text, int, const QRect*) override
+  bool AskText(const char* title, const char* prompt, std::string& text, int, const QRect* rect) override
   {
+    area = rect ? *rect : QRect();
     prompts.push_back(std::string(title) + ": " + prompt);
     filled.push_back(text);
     return Answer(text);

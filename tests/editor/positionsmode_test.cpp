@@ -175,8 +175,50 @@ TEST_F(PositionsModeTest, HudCounts)
   EXPECT_EQ(
       (std::vector<std::string>{"Grid positions: 7", "Pit positions : 0", "Timelines     : 0", "Triggerlines  : 0"}),
       host.hud);
+}
+
+TEST_F(PositionsModeTest, EachButtonDoesWhatItsKeyDoes)
+{
+  const struct
+  {
+    const char* label;
+    int key;
+    const char* prompt; // of the first question
+  } rows[] = {
+      {"Goto line start (Home)", QKEY_HOME, nullptr},
+      {"Goto (G)rid pos", 'G', "Enter an index: Select grid position index (none existing yet)"},
+      {"Declare grid pos (Ctrl-G)", QMOD_CTRL | 'G', "Enter an index: Select grid position index (none existing yet)"},
+      {"Declare pits pos (Ctrl-P)", QMOD_CTRL | 'P', "Enter an index: Select pit position index (none existing yet)"},
+      {"Declare timeline (Ctrl-T)", QMOD_CTRL | 'T', "Enter an index: Select timeline index (none existing yet)"},
+      {"Declare pit in", 0, nullptr},
+      {"Declare pit in speedlimit", 0, nullptr},
+      {"Declare pit out speedlimit", 0, nullptr},
+      {"Declare pit out", 0, nullptr},
+      {"Declare triggerline (Ctrl-R)", QMOD_CTRL | 'R', "Enter an index: Select triggerline index (none existing yet)"},
+  };
   mode.ModeSetup();
-  EXPECT_EQ(10u, host.buttons.size());
+  ASSERT_EQ(std::size(rows), host.buttons.size());
+  int lines = 0; // of the pits, that were set
+  for (int i = 0; i < static_cast<int>(std::size(rows)); ++i) {
+    const auto& row = rows[i];
+    SCOPED_TRACE(row.label);
+    EXPECT_EQ(row.label, host.buttons[static_cast<size_t>(i)]);
+    for (const bool byKey : {false, true}) {
+      if (byKey && !row.key)
+        continue;
+      host.prompts.clear();
+      state.camera.transform.pos = {};
+      if (byKey)
+        EXPECT_FALSE(mode.ModeKey(row.key));
+      else
+        mode.ModeOp(i);
+      EXPECT_EQ(row.prompt ? std::vector<std::string>{row.prompt} : std::vector<std::string>(), host.prompts);
+      EXPECT_EQ(i == 0 ? DVector3(1, 6, 3) : DVector3(0.0f), state.camera.transform.pos);
+    }
+    if (!row.key) {
+      EXPECT_EQ(state.pickEnd, track.pitInOutLines[static_cast<size_t>(lines++)].to);
+    }
+  }
 }
 
 } // namespace

@@ -150,7 +150,7 @@ TEST_F(TrackCamsModeTest, TheCameraPastTheLastIsLostAndNoneIsCurrent)
   ReportCapture reports;
   host.answers = {""};
   mode.ModeKey(QMOD_CTRL | 'C');
-  EXPECT_TRUE(reports.Contains("max (200) exceeded"));
+  EXPECT_EQ("ERR: RTrack:AddTrackCam(); max (200) exceeded\n", reports.All());
   EXPECT_EQ(RTrack::MAX_TRACKCAMS, track.trackCams.Count());
   EXPECT_EQ("Current camera: NONE", Hud());
   mode.ModeKey(QMOD_SHIFT | 'E');
@@ -238,6 +238,7 @@ TEST_F(TrackCamsModeTest, EditsRadiusAndGroup)
                                 "Edit group: Enter camera group number"}),
       host.prompts);
   EXPECT_EQ((std::vector<std::string>{"7", "7", "3"}), host.filled);
+  EXPECT_EQ((QRect{500, 150, 350, 150}), host.area);
   cam.radius = 1e30f; // as a file may have it
   mode.ModeKey(QMOD_SHIFT | 'R');
   EXPECT_EQ("1000000000", host.filled.back());

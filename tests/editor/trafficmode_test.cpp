@@ -163,7 +163,7 @@ TEST_F(TrafficModeTest, ASelectionPastTheEndIsShownButNeverUsed)
   mode.ModeKey(QMOD_CTRL | 'R');
   mode.ModeKey(QMOD_CTRL | 'M');
   mode.ModeKey(QMOD_CTRL | 'V');
-  EXPECT_EQ((std::vector<std::string>{"Error: Failed to remove waypoint. [OK]", NONE_SELECTED, NONE_SELECTED}),
+  EXPECT_EQ((std::vector<std::string>{"Error: Failed to remove waypoint.", NONE_SELECTED, NONE_SELECTED}),
             host.messages);
   mode.ModeKey(QMOD_CTRL | 'A');
   EXPECT_EQ(2, mode.Selected());
@@ -231,6 +231,7 @@ TEST_F(TrafficModeTest, OnlyNumbersOfWayPointsAreTaken)
   mode.ModeOp(LINK_LEFT);
   EXPECT_EQ("Input index (-1 to remove link): ", host.prompts.back());
   EXPECT_EQ("", host.filled.back());
+  EXPECT_EQ((QRect{10, 10, 200, 150}), host.area);
 }
 
 TEST_F(TrafficModeTest, LinksAreSetCutAndNeverDoubled)
@@ -287,6 +288,7 @@ TEST_F(TrafficModeTest, VelocitiesAreNumbersWithoutAMinus)
   }
   EXPECT_EQ("Input velocity: Current: 10.000000m/s", host.prompts.back());
   EXPECT_EQ("10.000000", host.filled.back());
+  EXPECT_EQ((QRect{10, 10, 250, 150}), host.area);
   host.answers = {"0", "12.5"};
   mode.ModeOp(VELOCITY);
   mode.ModeOp(DEFAULT_VELOCITY);

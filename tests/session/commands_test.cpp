@@ -132,9 +132,14 @@ TEST_F(CommandsTest, ImportsWhatFitsAPattern)
   EXPECT_EQ("tree_v2", node.name);
   EXPECT_EQ("Tree.v2.dof", node.file);
   EXPECT_FALSE(Exists("cache/trackcollision.bin"));
+  Write("cache/trackcollision.bin", "kept");
+  session.Answer("nothing*");
+  session.Key('I');
+  EXPECT_TRUE(Exists("cache/trackcollision.bin")) << "the key leaves it alone";
   session.Answer("\x1b");
   session.ClickOn("QButton", "(I)mport DOF models");
   EXPECT_EQ(2, NodeCount());
+  EXPECT_TRUE(Exists("cache/trackcollision.bin")) << "and so does who cancels";
 }
 
 TEST_F(CommandsTest, WorksOverAllModels)

@@ -85,7 +85,10 @@ void EditSession::Start()
   shell = std::make_unique<EditShell>(*application, std::make_unique<QInfo>(root.Path("bin/pavex.ini")));
   shell->Configure();
   ASSERT_TRUE(application->Create());
+  for (const std::string& answer : early)
+    Answer(answer);
   shell->Setup();
+  started = true;
 }
 
 void EditSession::Stop()
@@ -115,9 +118,14 @@ void EditSession::NoteDialog()
 
 void EditSession::Answer(const std::string& text)
 {
+  if (!display) {
+    early.push_back(text);
+    return;
+  }
   // Nobody is asked while a long operation shows how far it is, but it can be cancelled.
   const auto isAsked = [this, text] {
-    return text == "\x1b" || !dynamic_cast<const QProgressDialog*>(application->GetWindowManager()->OpenDialog());
+    const QWindow* open = application->GetWindowManager()->OpenDialog();
+    return (open || started) && (text == "\x1b" || !dynamic_cast<const QProgressDialog*>(open));
   };
   display->ThenWhen(isAsked, [this, text] {
     NoteDialog();

@@ -28,6 +28,7 @@ public:
   void Stop(); // as Shift-Q does
 
   // Answers the next dialog: types the text in place of what stands there and presses Enter. With "\x1b" Escape.
+  // Before Start: a dialog of the start.
   void Answer(const std::string& text);
   void AnswerFile(const std::string& path); // to the next dialog, which asks for a file
   void Key(int code);
@@ -60,5 +61,7 @@ private:
   std::unique_ptr<QApp> application;
   std::unique_ptr<EditShell> shell;
   std::vector<std::string> dialogs;
+  std::vector<std::string> early;
+  bool started = false;
   bool ended = false;
 };

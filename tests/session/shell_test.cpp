@@ -3,8 +3,14 @@
 #include "session/editsession.h"
 
 #include "foundation/qinfo.h"
+#include "runtime/rmanager.h"
+#include "scene/worldrenderer.h"
+#include "scene/worldscene.h"
 #include "support/reportcapture.h"
+#include "track/rtrackvrml.h"
 
+#include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -51,6 +57,94 @@ TEST_F(ShellTest, ModesAreReachedByKeyButtonAndCycle)
   EXPECT_TRUE(session.Sees("QButton", "Declare grid pos (Ctrl-G)"));
   session.ClickOn("QRadio", "Road splines (F5)");
   EXPECT_EQ(4, session.State().curMode);
+}
+
+TEST_F(ShellTest, EachCommandButtonAsksItsOwnAndSoDoesItsKey)
+{
+  constexpr int NO_KEY = 0;
+  const struct
+  {
+    const char* label;
+    int key;
+    const char* title; // of the first dialog
+    bool needsTrack;
+  } rows[] = {
+      {"Select track (Shift-T)", QMOD_SHIFT | 'T', "Select track: Enter the track name", false},
+      {"Reload track (Shift-L)", QMOD_SHIFT | 'L', "Reload track: Are you sure you want to reload the track?", false},
+      {"Save track (Shift-S)", QMOD_SHIFT | 'S', "Save track: Track saved succesfully.", true},
+      {"Convert SCGT wrl's", NO_KEY, "Convert all SCGT WRL to DOF", true},
+      {"(I)mport DOF models", 'I', "Import DOF files: Enter filter expression:", true},
+      {"Add lighting", NO_KEY, "Add lighting to all DOFs", true},
+      {"ASE->DOF batch", NO_KEY, "Convert all ASE files in data/tracks/oval/ase", true},
+      {"Splitter (Ctrl-Shift-S)", QMOD_CTRL | QMOD_SHIFT | 'S', "Split track: Enter cellsize in meters", true},
+      {"Cut ASE apart", NO_KEY, "Cut ASE apart", false},
+      {"Cut Multisub ASE", NO_KEY, "Cut ASE-MultiSub apart", false},
+      {"Make track_template.shd", QMOD_CTRL | QMOD_SHIFT | 'T', "Info: Shader templates written in data/tracks/oval/",
+       true},
+      {"Auto - Ase To Dof", NO_KEY, "Auto ASE to DOF: This will create DOF files in the current track. Are you sure?",
+       false},
+      {"Optimize DOFs", NO_KEY, "Optimize all DOFs (trackdir/*.dof)", true},
+  };
+  StartWithTrack();
+  const QWindowManager& manager = *session.App().GetWindowManager();
+  int i = 0;
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    const QWindow* button = manager.FindVisible("QButton", row.label);
+    ASSERT_NE(nullptr, button);
+    EXPECT_EQ((QRect{13 + i % 7 * 136, 682 + i / 7 * 40, 126, 35}), button->rect);
+    ++i;
+    session.Answer("\x1b");
+    session.ClickOn("QButton", row.label);
+    EXPECT_TRUE(session.LastDialog().starts_with(row.title)) << session.LastDialog();
+    const size_t asked = session.Dialogs().size();
+    if (!row.key)
+      continue;
+    session.Answer("\x1b");
+    session.Key(row.key);
+    ASSERT_EQ(asked + 1, session.Dialogs().size());
+    EXPECT_TRUE(session.LastDialog().starts_with(row.title)) << session.LastDialog();
+  }
+  EXPECT_EQ((QRect{13 + 6 * 136, 722, 126, 35}), manager.FindVisible("QCheck", "Object mode (camera)")->rect);
+
+  std::filesystem::remove(session.TrackFile("oval", "track.ini"));
+  session.Answer("");
+  session.Answer("");
+  session.Key(QMOD_SHIFT | 'L');
+  ASSERT_EQ(nullptr, session.State().curTrack);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.label);
+    const size_t before = session.Dialogs().size();
+    if (!row.needsTrack)
+      session.Answer("\x1b");
+    session.ClickOn("QButton", row.label);
+    EXPECT_EQ(before + (row.needsTrack ? 0 : 1), session.Dialogs().size());
+  }
+}
+
+TEST_F(ShellTest, TheHudTellsOfCameraAndPickLine)
+{
+  StartWithTrack();
+  EditState& state = session.State();
+  state.camera.transform = {{1.005f, -2, 3.5f}, 4, 5, 6};
+  state.camera.fov = 47.25f;
+  state.camera.mode = 0;
+  state.pickStart = {1, 2, 3};
+  state.pickEnd = {4, 2, 7};
+  session.Frames(1);
+  const auto& hud = session.Shell().HudLines();
+  ASSERT_EQ(11u, hud.size());
+  EXPECT_TRUE(hud[0].starts_with("FPS: "));
+  const std::vector<std::string> lines = {
+      "Camera pos: 1.00 -2.00 3.50",
+      "Camera angle: pitch 4.00 yaw 5.00 roll 6.00",
+      "Camera FOV: 47.2",
+      "Camera mode: Drag",
+      "Pick line: (1.00, 2.00, 3.00) - delta (3.00, 0.00, 4.00) - Length: 5.00",
+      "",
+      "Grid positions: 2",
+  };
+  EXPECT_EQ(lines, std::vector<std::string>(hud.begin() + 1, hud.begin() + 8));
 }
 
 TEST_F(ShellTest, AModeOutsideTheTableRunsNone)
@@ -156,6 +250,87 @@ TEST_F(ShellTest, ObjectModeFollowsItsKeyAndItsCheck)
   EXPECT_FLOAT_EQ(38, session.State().camera.transform.pos.z);
   session.ClickOn("QCheck", "Object mode (camera)");
   EXPECT_FALSE(session.State().objectMode);
+}
+
+TEST_F(ShellTest, AutoLoadOfATrackThatIsGoneAsksForAnother)
+{
+  session.WriteSettings("settings\n{\n  auto_load=1\n}\ntrack\n{\n  lasttrack=gone\n}\n");
+  session.Answer(""); // not found
+  session.Answer("\x1b");
+  session.Start();
+  EXPECT_EQ((std::vector<std::string>{"Error: Track not found", "Select track: Enter the track name"}),
+            session.Dialogs());
+  EXPECT_NE(nullptr, session.State().curTrack);
+  EXPECT_EQ("gone", session.State().curTrack->trackName) << "what the prompt offered";
+}
+
+TEST_F(ShellTest, SurroundViewsAreForGamesOnly)
+{
+  std::ofstream("torvik.ini") << "renderer\n{\n  surround\n  {\n    method=2\n  }\n}\n";
+  ReportCapture reports;
+  session.Start();
+  EXPECT_EQ(1, reports.Count("surround.method must be 0 for Pavex - enforcing for this run"));
+  EXPECT_EQ(0, RMGR()->GetWorld()->GetRenderer()->GetSurroundMethod());
+}
+
+TEST_F(ShellTest, RendererKeysToggleTheirPicture)
+{
+  StartWithTrack();
+  const auto flags = [] { return RMGR()->GetWorld()->GetRenderer()->GetFlags(); };
+  const uint32_t before = flags();
+  session.Key('N');
+  EXPECT_EQ(before ^ 4, flags());
+  session.Key('Z');
+  EXPECT_EQ(before ^ 12, flags());
+  session.Key('N');
+  session.Key('Z');
+  EXPECT_EQ(before, flags());
+}
+
+// What the system asks at its end, unlike a closed window, isn't a Cancel of what happens to be open.
+TEST_F(ShellTest, TheSystemEndsTheProgramThroughAllThatIsOpen)
+{
+  const auto end = [](EditSession& s) { s.Display().Then([&s] { s.Display().wantsEnd = true; }); };
+  const struct
+  {
+    const char* what;
+    std::function<void(EditSession& s)> act;
+  } cases[] = {
+      {"nothing open", [&](EditSession& s) { s.Display().wantsEnd = true; }},
+      {"a prompt, and then its message",
+       [&](EditSession& s) {
+         s.Answer("nowhere");
+         end(s);
+         s.Key(QMOD_SHIFT | 'T');
+       }},
+      {"the list beside the running editor",
+       [&](EditSession& s) {
+         s.Key(QKEY_F4);
+         s.Key('H');
+         s.Display().wantsEnd = true;
+       }},
+      {"a load at work",
+       [&](EditSession& s) {
+         s.Answer("");
+         end(s);
+         s.Key(QMOD_SHIFT | 'L');
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EditSession s;
+    s.WriteTrack("oval");
+    s.Start();
+    ASSERT_TRUE(s.LoadTrack("oval"));
+    s.State().curMode = 0;
+    s.State().camera.fov = 33;
+    c.act(s);
+    for (int i = 0; i < 10 && !s.HasEnded(); ++i)
+      s.App().Run1();
+    EXPECT_TRUE(s.HasEnded());
+    EXPECT_FALSE(s.Display().ranDry);
+    EXPECT_NE(std::string::npos, FileText("bin/pavex.ini").find(" 33.000000")) << "the settings are kept";
+  }
 }
 
 TEST_F(ShellTest, ClosingTheWindowLeavesWithoutAskingOrSaving)

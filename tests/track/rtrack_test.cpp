@@ -129,7 +129,7 @@ TEST(TrackTables, RefuseTheEntryBehindTheLast)
   EXPECT_FALSE(track.AddTrackCam(std::make_unique<RTrackCam>()));
   EXPECT_FALSE(track.AddWayPoint(std::make_unique<RWayPoint>()));
   EXPECT_FALSE(track.AddTrackAudio(std::make_unique<RTrackAudio>()));
-  EXPECT_EQ("WARN: RTrack:AddTrackCam(); max (200) exceeded\n"
+  EXPECT_EQ("ERR: RTrack:AddTrackCam(); max (200) exceeded\n"
             "WARN: RTrack:AddWayPoint(); max (400) exceeded\n"
             "WARN: RTrack:AddTrackAudio(); max (100) exceeded\n",
             reports.All());
