@@ -151,6 +151,14 @@ bool EditShell::CutASEMultiSub(QToolUi& ui, std::string file, std::string direct
   return cut;
 }
 
+void EditShell::CutTestScene()
+{
+  EditToolUi ui = MakeToolUi();
+  static_cast<void>(
+      ASECutMultiSub("data/tracks/zandy_msub/ase_big/track03.ase", "data/tracks/zandy_msub/ase/", true, ui));
+  kept.Drop();
+}
+
 void EditShell::AutoAseToDof(QToolUi& ui)
 {
   if (!Message("Auto ASE to DOF", "This will create DOF files in the current track. Are you sure?", false, &AUTO_RECT,

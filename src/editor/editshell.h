@@ -45,6 +45,8 @@ public:
   void Setup();
   // Saves the settings and takes all down; the frame calls it before its own clean-up.
   void exitFunc();
+  // The multi-sub cutter on a large scene in a place of its own, for who works on the cutter.
+  void CutTestScene();
 
   void idleFunc();
   bool eventFunc(const QEvent& event); // true: handled

@@ -147,6 +147,7 @@ void EditShell::SaveTrack()
   {
     QProgressDialog dialog(app.GetShell(), QRect{100, 100, 400, 100}, "Saving", "Saving track definition.",
                            QProgressDialog::NO_CANCEL);
+    PaintAll();
     saved = state.curTrack->Save();
   }
   state.keyDown['S'] = 0; // the dialog ate the release

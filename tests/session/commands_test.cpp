@@ -109,6 +109,18 @@ TEST_F(CommandsTest, ConvertsASubmaterialAFile)
   EXPECT_EQ(1, Faces("sand_1_field.dof"));
 }
 
+TEST_F(CommandsTest, TheTestSceneIsCutInItsOwnPlace)
+{
+  const std::string place = "data/tracks/zandy_msub/";
+  std::filesystem::create_directories(place + "ase_big");
+  std::filesystem::create_directories(place + "ase");
+  std::filesystem::copy(File("scene.ase"), place + "ase_big/track03.ase");
+  session.Answer("");
+  session.Shell().CutTestScene();
+  EXPECT_NE(std::string::npos, session.LastDialog().find("now try 'Convert ASE batch'")) << session.LastDialog();
+  EXPECT_TRUE(std::filesystem::exists(place + "ase/sand_1_field.ase"));
+}
+
 TEST_F(CommandsTest, GoesAllTheWayByItself)
 {
   session.Answer("");

@@ -77,7 +77,7 @@ int main()
   if (!lastCrash.empty())
     TellOfCrash(programDirectory.Str());
   if (shell.Settings().GetInt("dev.test_asecut_ms")) {
-    QERR("dev.test_asecut_ms is set, but the multi-sub ASE cutter isn't part of this version yet");
+    shell.CutTestScene();
     application.Exit(0);
   }
   application.Run();
