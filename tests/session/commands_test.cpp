@@ -2,6 +2,7 @@
 
 #include "session/editsession.h"
 
+#include "foundation/qfilename.h"
 #include "foundation/qinfo.h"
 #include "geometry/dgeode.h"
 #include "support/reportcapture.h"
@@ -77,7 +78,6 @@ protected:
   }
   int NodeCount() { return session.State().curTrack->nodes.Count(); }
 
-  ReportCapture reports;
   EditSession session;
 };
 
@@ -99,6 +99,7 @@ TEST_F(CommandsTest, ConvertsASubmaterialAFile)
   session.Answer("");
   session.ClickOn("QButton", "Cut Multisub ASE");
   EXPECT_NE(std::string::npos, session.LastDialog().find("now try 'Convert ASE batch'")) << session.LastDialog();
+  EXPECT_FALSE(std::filesystem::exists("TEMP_ase_cut_multisub.txt")) << "nothing was wrong";
   EXPECT_TRUE(Exists("ase/grass_0_field.ase"));
   EXPECT_TRUE(Exists("ase/sand_1_field.ase"));
   for (const char* answer : {"", "\x1b", ""}) // sure, not optimised, done
@@ -107,6 +108,40 @@ TEST_F(CommandsTest, ConvertsASubmaterialAFile)
   EXPECT_NE(std::string::npos, session.LastDialog().find("Done with conversion")) << session.LastDialog();
   EXPECT_EQ(1, Faces("grass_0_field.dof"));
   EXPECT_EQ(1, Faces("sand_1_field.dof"));
+}
+
+TEST_F(CommandsTest, WhatIsNoSceneIsReportedAndShown)
+{
+  constexpr const char* LOG = "TEMP_ase_cut_multisub.txt";
+  Write("notes.ase", "no scene\n");
+  std::vector<std::string> opened;
+  QFileHooks().openDocument = [&](const std::string& what, const std::string&) {
+    opened.push_back(what);
+    return true;
+  };
+  {
+    ReportCapture reports;
+    session.AnswerFile(File("notes.ase"));
+    session.ClickOn("QButton", "Cut ASE apart");
+    EXPECT_EQ(1, reports.Count("Failed to cut ASE apart"));
+  }
+  EXPECT_TRUE(opened.empty());
+  session.AnswerFile(File("notes.ase"));
+  session.ClickOn("QButton", "Cut Multisub ASE");
+  EXPECT_EQ(std::vector<std::string>{LOG}, opened);
+  EXPECT_NE(std::string::npos, FileText(LOG).find("Failed to cut ASE apart"));
+  EXPECT_EQ(2u, session.Dialogs().size()) << "nobody is told that it worked";
+
+  session.Answer("");
+  session.AnswerFile(File("notes.ase"));
+  session.Answer(""); // optimised
+  session.Answer(""); // it failed
+  session.ClickOn("QButton", "Auto - Ase To Dof");
+  EXPECT_EQ("ERROR: Automatic Ase to Dof failed.", session.LastDialog());
+  ASSERT_EQ(6u, session.Dialogs().size());
+  EXPECT_EQ("Optimize resulting DOF files?: Conversion is faster without optimizations but draws slower.",
+            session.Dialogs()[4]);
+  QFileHooks().openDocument = nullptr;
 }
 
 TEST_F(CommandsTest, TheTestSceneIsCutInItsOwnPlace)

@@ -143,7 +143,8 @@ void EditSession::AnswerFile(const std::string& path)
   display->Then([this, path] {
     NoteDialog();
     QWindowManager* manager = application->GetWindowManager();
-    manager->SetKeyboardFocus(manager->FindVisible("QEdit", ""));
+    if (QWindow* file = manager->FindVisible("QEdit", "")) // it has the last file otherwise, and the focus
+      manager->SetKeyboardFocus(file);
     manager->GetFocus()->SetText(path);
     display->Key(QKEY_ENTER);
   });
