@@ -190,17 +190,20 @@ void EditShell::PaintOverlay(int flags)
     PaintHud();
 }
 
-void EditShell::PaintAllVertices(DOverlay& overlay) const
+void EditShell::PaintAllVertices(DOverlay& overlay)
 {
+  if (verticesNodes != state.curTrack->nodes.Count()) {
+    vertices.clear();
+    for (const auto& node : state.curTrack->nodes)
+      if (node->Geode())
+        for (const auto& geob : node->Geode()->geob)
+          vertices.insert(vertices.end(), geob->vertex.begin(), geob->vertex.end());
+    verticesNodes = state.curTrack->nodes.Count();
+  }
   DOverlayStyle style;
   style.color = GREEN;
   style.width = 2;
-  for (const auto& node : state.curTrack->nodes) {
-    if (!node->Geode())
-      continue;
-    for (const auto& geob : node->Geode()->geob)
-      overlay.Points({geob->vertex.data(), geob->vertex.size()}, style);
-  }
+  overlay.Points(vertices, style);
 }
 
 void EditShell::PaintPickLine(DOverlay& overlay) const

@@ -102,7 +102,7 @@ private:
   void PrepareScene();
   void PaintOverlay(int flags);
   void PaintPickLine(DOverlay& overlay) const;
-  void PaintAllVertices(DOverlay& overlay) const;
+  void PaintAllVertices(DOverlay& overlay);
   void PaintPanels();
   void PaintDialog();
   void PaintHud();
@@ -154,6 +154,8 @@ private:
   std::unique_ptr<DDirector> director;
   std::unique_ptr<DFPS> fps;
   std::array<std::unique_ptr<EditMode>, MODES> modes;
+  std::vector<DVector3> vertices; // of all nodes, to be shown by one call
+  int verticesNodes = -1;         // how many nodes they are of; -1: to be gathered again
   std::vector<std::string> hudLines;
   int hudY = 0;
   int64_t startTime = 0; // of the shared clock, milliseconds

@@ -68,6 +68,8 @@ void EditShell::ResetTrack()
   state.trackCam = -1;
   state.SelectedNodes.clear();
   state.SelectedIndices.clear();
+  vertices = {};
+  verticesNodes = -1;
   state.audioIndex = -1;
   manager->SetTrack(nullptr);
   DGlobals().strings.clear();

@@ -8,6 +8,7 @@
 #include "scene/worldscene.h"
 #include "support/reportcapture.h"
 #include "track/rtrackvrml.h"
+#include "ui/qradio.h"
 
 #include <fstream>
 #include <functional>
@@ -145,6 +146,55 @@ TEST_F(ShellTest, TheHudTellsOfCameraAndPickLine)
       "Grid positions: 2",
   };
   EXPECT_EQ(lines, std::vector<std::string>(hud.begin() + 1, hud.begin() + 8));
+}
+
+TEST_F(ShellTest, EachModeHasItsButtonItsKeyAndItsPlace)
+{
+  const struct
+  {
+    const char* label;
+    const char* operation; // the first; empty: it has none yet
+    const char* seventh;
+  } rows[] = {
+      {"Positions (F1)", "Goto line start (Home)", "Declare pit in speedlimit"},
+      {"Track cameras (F2)", "Goto line start (Home)", "Place close cube (Shift-C)"},
+      {"Track keyframe cameras (F3)", "", ""},
+      {"Model properties (F4)", "Goto line start", "Toggle flag: Receive Shadow"},
+      {"Road splines (F5)", "", ""},
+      {"Ambient sounds (F6)", "Create source at camera", ""},
+      {"Animated objects (F7)", "", ""},
+      {"Traffic (F8)", "Velocity (^V)", "Remove selected waypoint (^R)"},
+      {"Lidar (F9)", "Paint vertices", ""},
+      {"Marshal posts (F10)", "Edit spline range", ""},
+  };
+  StartWithTrack();
+  session.State().paintVertices = true;
+  const QWindowManager& manager = *session.App().GetWindowManager();
+  for (int i = 0; i < 10; ++i) {
+    const auto& row = rows[i];
+    SCOPED_TRACE(row.label);
+    const auto* radio = dynamic_cast<const QRadio*>(manager.FindVisible("QRadio", row.label));
+    ASSERT_NE(nullptr, radio);
+    EXPECT_EQ(905, radio->rect.x);
+    EXPECT_EQ(34 + 20 * i, radio->rect.y);
+    for (const bool byKey : {false, true}) {
+      session.Key(i == 1 ? QKEY_F1 : QKEY_F1 + 1);
+      if (byKey)
+        session.Key(QKEY_F1 + i);
+      else
+        session.ClickOn("QRadio", row.label);
+      EXPECT_EQ(i, session.State().curMode);
+      EXPECT_TRUE(radio->GetState());
+      EXPECT_FALSE(session.State().paintVertices);
+      if (*row.operation) {
+        EXPECT_EQ((QRect{905, 259, 165, 30}), manager.FindVisible("QButton", row.operation)->rect);
+      }
+      if (*row.seventh) {
+        EXPECT_EQ((QRect{1075, 259, 165, 30}), manager.FindVisible("QButton", row.seventh)->rect);
+      }
+      EXPECT_FALSE(session.Sees("QButton", "--op--"));
+    }
+  }
 }
 
 TEST_F(ShellTest, AModeOutsideTheTableRunsNone)
