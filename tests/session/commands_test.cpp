@@ -228,7 +228,7 @@ TEST_F(CommandsTest, SplitsTheTrackAndMakesATemplate)
   session.Answer("100");
   session.Answer("");
   session.Key(QMOD_CTRL | QMOD_SHIFT | 'S');
-  EXPECT_NE(std::string::npos, session.LastDialog().find("check oval_split/*.dof")) << session.LastDialog();
+  EXPECT_NE(std::string::npos, session.LastDialog().find("check <trackname>_split/*.dof")) << session.LastDialog();
   EXPECT_TRUE(std::filesystem::exists("data/tracks/oval_split/geometry.ini"));
   session.Answer("");
   session.ClickOn("QButton", "Make track_template.shd");

@@ -76,7 +76,7 @@ TEST_F(ShellTest, EachCommandButtonAsksItsOwnAndSoDoesItsKey)
       {"Convert SCGT wrl's", NO_KEY, "Convert all SCGT WRL to DOF", true},
       {"(I)mport DOF models", 'I', "Import DOF files: Enter filter expression:", true},
       {"Add lighting", NO_KEY, "Add lighting to all DOFs", true},
-      {"ASE->DOF batch", NO_KEY, "Convert all ASE files in data/tracks/oval/ase", true},
+      {"ASE->DOF batch", NO_KEY, "Convert all ASE files in <trackdir>/ase", true},
       {"Splitter (Ctrl-Shift-S)", QMOD_CTRL | QMOD_SHIFT | 'S', "Split track: Enter cellsize in meters", true},
       {"Cut ASE apart", NO_KEY, "Cut ASE apart", false},
       {"Cut Multisub ASE", NO_KEY, "Cut ASE-MultiSub apart", false},
