@@ -410,8 +410,15 @@ Four Transposed(const DVector3& a, const DVector3& b, const DVector3& c, const D
 
 } // namespace
 
-// A bit for each of the triangles that RayTriangle says the query hits, by the same steps with the same roundings.
-unsigned DAabbTreeHd::HitsOfFour(const DAabbTreeHdQuery& query, const int* four) const
+// Of four triangles that RayTriangle is asked about, by the same steps with the same roundings.
+struct DAabbTreeHd::FourHits
+{
+  unsigned bits; // set for those that are hit
+  alignas(16) float t[4];
+  alignas(16) float normal[3][4]; // not normalised, an axis at a time
+};
+
+DAabbTreeHd::FourHits DAabbTreeHd::TestFour(const DAabbTreeHdQuery& query, const int* four) const
 {
   const auto corners = [&](size_t corner) {
     const auto at = [&](int i) -> const DVector3& { return vertex[index[3 * static_cast<size_t>(four[i]) + corner]]; };
@@ -435,7 +442,14 @@ unsigned DAabbTreeHd::HitsOfFour(const DAabbTreeHdQuery& query, const int* four)
   const __m128 isInside = _mm_and_ps(_mm_and_ps(_mm_cmpge_ps(u, zero), _mm_cmple_ps(u, one)),
                                      _mm_and_ps(_mm_cmpge_ps(v, zero), _mm_cmple_ps(_mm_add_ps(u, v), one)));
   const __m128 isAhead = _mm_and_ps(_mm_cmpge_ps(t, zero), _mm_cmplt_ps(t, _mm_set1_ps(query.length)));
-  return static_cast<unsigned>(_mm_movemask_ps(_mm_andnot_ps(isAlong, _mm_and_ps(isInside, isAhead))));
+  FourHits hits;
+  hits.bits = static_cast<unsigned>(_mm_movemask_ps(_mm_andnot_ps(isAlong, _mm_and_ps(isInside, isAhead))));
+  const Four normal = Cross(e1, e2);
+  _mm_store_ps(hits.t, t);
+  _mm_store_ps(hits.normal[0], normal.x);
+  _mm_store_ps(hits.normal[1], normal.y);
+  _mm_store_ps(hits.normal[2], normal.z);
+  return hits;
 }
 
 // Of these triangles, in their order, the first that the ray hits.
@@ -445,14 +459,12 @@ bool DAabbTreeHd::Test(DAabbTreeHdQuery& query, std::span<const int> triangles, 
   for (size_t i = 0; i <= last; i += 4) {
     const int four[4] = {triangles[i], triangles[std::min(i + 1, last)], triangles[std::min(i + 2, last)],
                          triangles[std::min(i + 3, last)]};
-    const unsigned hits = HitsOfFour(query, four);
-    if (hits == 0)
+    const FourHits hits = TestFour(query, four);
+    if (hits.bits == 0)
       continue;
-    const auto [a, b, c] = Corners(four[__builtin_ctz(hits)]);
-    float t = 0;
-    static_cast<void>(RayTriangle(query.from, query.direction, a, b, c, t, query.length));
-    query.hitPosition = query.from + query.direction * t;
-    query.hitNormal = DNormalized(glm::cross(b - a, c - a));
+    const int first = __builtin_ctz(hits.bits);
+    query.hitPosition = query.from + query.direction * hits.t[first];
+    query.hitNormal = DNormalized({hits.normal[0][first], hits.normal[1][first], hits.normal[2][first]});
     if (query.hitNormal.y < 0)
       query.hitNormal = -query.hitNormal;
     query.cachedNode = leaf;
@@ -469,26 +481,26 @@ bool DAabbTreeHd::SearchLeaf(DAabbTreeHdQuery& query, const Ray& ray, const Leaf
     return Test(query, all, leaf.number);
   const __m128i at =
       _mm_set1_epi32(static_cast<int>(Grid(leaf.x, leaf.z, leaf.side).OfRay(query.from.x, query.from.z)));
-  std::array<int, 32> near; // not looked at before it is set
-  size_t count = 0;
+  constexpr int CHUNK = 32;
+  std::array<int, CHUNK> near; // not looked at before it is set
   const int* const cells = CellsOf(leaf);
-  for (int i = 0; i < leaf.count; i += 4) {
-    const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cells + i));
-    const __m128i isNear = _mm_cmpeq_epi32(_mm_max_epu8(four, at), at);
-    auto bits = static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(isNear)));
-    bits &= leaf.count - i < 4 ? (1U << (leaf.count - i)) - 1 : 15U;
-    for (; bits != 0; bits &= bits - 1) {
-      const int triangle = triangles[i + __builtin_ctz(bits)];
-      __builtin_prefetch(&index[3 * static_cast<size_t>(triangle)]);
-      near[count++] = triangle;
+  for (int from = 0; from < leaf.count; from += CHUNK) {
+    const int chunk = std::min(leaf.count - from, CHUNK);
+    // All marks first, then one loop over the few that are set: its length is guessed better than that of one a vector.
+    unsigned bits = 0;
+    for (int i = 0; i < chunk; i += 4) {
+      const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(cells + from + i));
+      const __m128i isNear = _mm_cmpeq_epi32(_mm_max_epu8(four, at), at);
+      bits |= static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(isNear))) << i;
     }
-    if (count > near.size() - 4) {
-      if (Test(query, std::span(near).first(count), leaf.number))
-        return true;
-      count = 0;
-    }
+    bits &= ~0U >> (CHUNK - chunk);
+    size_t count = 0;
+    for (; bits != 0; bits &= bits - 1)
+      near[count++] = triangles[from + __builtin_ctz(bits)];
+    if (count > 0 && Test(query, std::span(near).first(count), leaf.number))
+      return true;
   }
-  return count > 0 && Test(query, std::span(near).first(count), leaf.number);
+  return false;
 }
 
 DAabbTreeHd::Leaf DAabbTreeHd::LeafAt(const Node& node, size_t q) const

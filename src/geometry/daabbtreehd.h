@@ -95,7 +95,8 @@ private:
   const int* CellsOf(const Leaf& leaf) const { return &leafData[2 * static_cast<size_t>(leaf.first)]; }
   const int* TrianglesOf(const Leaf& leaf) const { return CellsOf(leaf) + leaf.count; }
   void Prefetch(const Node& node, size_t q) const;
-  unsigned HitsOfFour(const DAabbTreeHdQuery& query, const int* four) const;
+  struct FourHits;
+  FourHits TestFour(const DAabbTreeHdQuery& query, const int* four) const;
   bool SearchOne(DAabbTreeHdQuery& query) const;
   bool SearchSamples(DAabbTreeHdQuery& query) const;
   void WalkNode(Child child, const DBox& box, int level, int maxDepth, const Visitor& visit) const;
