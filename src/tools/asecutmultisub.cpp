@@ -2,6 +2,7 @@
 
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
+#include "tools/asemesh.h"
 #include "tools/asemultisub.h"
 #include "tools/qtoolui.h"
 
