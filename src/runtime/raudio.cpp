@@ -60,10 +60,10 @@ std::shared_ptr<QSample> RAudio::Sample(const std::string& path)
   return sample;
 }
 
-std::unique_ptr<RAudioProducer> RAudio::MakeProducer(const std::string& path)
+std::unique_ptr<RAudioProducer> RAudio::MakeProducer(const std::string& path, const std::string& name)
 {
-  return std::make_unique<RAudioProducer>(path.substr(path.find_last_of("/\\") + 1), // npos + 1 is 0
-                                          Sample(path));
+  const std::string leaf = path.substr(path.find_last_of("/\\") + 1); // npos + 1 is 0
+  return std::make_unique<RAudioProducer>(name.empty() ? leaf : name, Sample(path));
 }
 
 void RAudio::SetListener(const DVector3& position, float rolloff)

@@ -38,8 +38,9 @@ class RAudio
 public:
   explicit RAudio(const QInfo& settings);
 
-  // A sound of that file; the name is the path's leaf. What can't be loaded is reported, and stays silent.
-  std::unique_ptr<RAudioProducer> MakeProducer(const std::string& path);
+  // A sound of that file, by a name of its own or that of the path's leaf. What can't be loaded is reported, and stays
+  // silent.
+  std::unique_ptr<RAudioProducer> MakeProducer(const std::string& path, const std::string& name = "");
   // Once a frame: where it is heard from, facing along z, and how fast sounds fade (0: not by themselves).
   void SetListener(const DVector3& position, float rolloff);
 

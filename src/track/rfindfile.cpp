@@ -1,5 +1,7 @@
 #include "track/rfindfile.h"
 
+#include "foundation/qreport.h"
+
 #include "foundation/qfilename.h"
 
 #include <algorithm>
@@ -52,4 +54,12 @@ bool RStaysInside(std::string_view path)
     path.remove_prefix(std::min(end + 1, path.size()));
   }
   return true;
+}
+
+std::string RFindSample(const std::string& given, const std::string& trackDir)
+{
+  if (RStaysInside(trackDir + "/" + given) && RStaysInside(given))
+    return RFindPath(given, trackDir, "data/audio");
+  QWARN("Sample '%s' lies outside of the data directory; it won't be played", given.c_str());
+  return "";
 }

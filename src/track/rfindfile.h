@@ -13,3 +13,6 @@ const char* RFindFile(const char* file, const char* dir, const char* fallback = 
 // A path out of a file may only lead to what lies below the directory that the process works in: it isn't absolute, and
 // no ".." leads above where it starts.
 bool RStaysInside(std::string_view path);
+
+// A track's sound file, in its directory or else the shared one; "" for one outside of both (reported).
+std::string RFindSample(const std::string& given, const std::string& trackDir);

@@ -3,6 +3,7 @@
 #include "foundation/qinfo.h"
 #include "foundation/qreport.h"
 #include "foundation/qstring.h"
+#include "track/rfindfile.h"
 #include "track/rinfokeys.h"
 
 #include <algorithm>
@@ -78,6 +79,17 @@ bool RSurfaceType::Load(const QInfo& info, const std::string& key, bool useRoadN
                                (forbidden ? FORBIDDEN : 0));
   info.GetString(key + ".pattern", pattern);
   return known;
+}
+
+void RSurfaceType::LoadSound(const QInfo& info, const std::string& key, const std::string& trackDir, RAudio& audio)
+{
+  std::string sample;
+  info.GetString(key + ".audio.sample", sample);
+  const std::string path = sample.empty() ? "" : RFindSample(sample, trackDir);
+  if (path.empty())
+    return;
+  sound = audio.MakeProducer(path, "track_surface_" + name);
+  sound->Start(true, 0);
 }
 
 float RSurfaceType::NoiseAt(float x, float z) const

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "geometry/dvector.h"
+#include "runtime/raudio.h"
 #include "track/rroadnoise.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -31,6 +33,7 @@ struct RSurfaceType
   RRoadNoise noise;
   float steerNoise = 0;
   DVector3 dustColor{1.0f};
+  std::unique_ptr<RAudioProducer> sound; // of tyres on it, at volume 0 till they are; null without one
   std::string name;
   std::string pattern; // of the materials that it holds for
 
@@ -38,6 +41,8 @@ struct RSurfaceType
   float NoiseAt(float x, float z) const;
   // key: of the section, "surfaces.surf0". False when the type has no such name (reported); the rest is read.
   bool Load(const QInfo& info, const std::string& key, bool useRoadNoise);
+  // Of the section's "audio", after Load. What isn't found is reported and stays silent.
+  void LoadSound(const QInfo& info, const std::string& key, const std::string& trackDir, RAudio& audio);
   // "unknownsurf" out of range (reported).
   static const char* SurfaceTypeName(int type);
 };

@@ -7,7 +7,6 @@
 
 void RTrackAudio::SetSample(const std::string& given, const std::string& trackDir, RAudio* audio)
 {
-  constexpr const char* SHARED_DIR = "data/audio";
   sample = given;
   name = given.substr(given.find_last_of("/\\") + 1); // npos + 1 is 0
   path.clear();
@@ -15,12 +14,8 @@ void RTrackAudio::SetSample(const std::string& given, const std::string& trackDi
   flags &= ~uint32_t{PLAYING};
   if (given.empty())
     return;
-  if (!RStaysInside(trackDir + "/" + given) || !RStaysInside(given)) {
-    QWARN("Sample '%s' lies outside of the data directory; it won't be played", given.c_str());
-    return;
-  }
-  path = RFindPath(given, trackDir, SHARED_DIR);
-  if (audio)
+  path = RFindSample(given, trackDir);
+  if (audio && !path.empty())
     producer = audio->MakeProducer(path);
 }
 

@@ -400,6 +400,8 @@ bool RTrack::LoadSurfaceTypes()
       break;
     }
     good = surface->Load(*special, section.Str(), useRoadNoise) && good;
+    if (host.audio)
+      surface->LoadSound(*special, section.Str(), trackDir, *host.audio);
     ApplySurfaceTypeToMaterials(*surface, surface->pattern);
     static_cast<void>(surfaces.Add(std::move(surface)));
   }

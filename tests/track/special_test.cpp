@@ -341,6 +341,29 @@ TEST(TrackAudio, IsStartedOnceAndFadesOutsideWithoutAStop)
   EXPECT_TRUE(sound.channels.begin()->second.ended);
 }
 
+TEST(Surfaces, HaveASoundThatWaits)
+{
+  RecordedSound sound;
+  RAudio audio(TextInfo(""));
+  SmallTrack small;
+  small.WriteModel("box.dof");
+  small.Write("geometry.ini", "objects\n{\n  box\n  {\n    file=box.dof\n  }\n}\n");
+  small.Write("special.ini", "surfaces\n{\n  surf0\n  {\n    type=gravel\n    audio\n    {\n      sample=rattle.wav\n"
+                             "    }\n  }\n  surf1\n  {\n    type=road\n  }\n}\n");
+  RTrackHost host;
+  host.audio = &audio;
+  RTrackVRML track(host);
+  track.SetName("small");
+  ASSERT_TRUE(track.Load());
+  const std::string rattle = "data/tracks/small/rattle.wav";
+  ASSERT_EQ(1u, sound.channels.size()) << "the road has none";
+  EXPECT_EQ(0, sound.LastOf(rattle)->volume);
+  EXPECT_EQ("track_surface_surf0", (*track.surfaces.At(0))->sound->GetName());
+  EXPECT_FALSE((*track.surfaces.At(1))->sound);
+  track.surfaces.Clear();
+  EXPECT_TRUE(sound.channels.begin()->second.ended);
+}
+
 TEST(TrackAudio, IsLouderNearby)
 {
   RTrackAudio source;
