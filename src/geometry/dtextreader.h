@@ -35,7 +35,7 @@ public:
       return true;
     }
     const char* from = at;
-    SkipWord();
+    at = *at == '*' ? BehindKeyword(at) : BehindWord(at);
     token = Cut(from, at);
     return true;
   }
@@ -46,20 +46,14 @@ public:
     return Next(token) ? token : std::string_view();
   }
   // Reads over tokens.
-  void Skip(int tokens)
-  {
-    std::string_view token;
-    while (tokens-- > 0 && Next(token)) {
-    }
-  }
+  void Skip(int tokens);
   // The next token that a keyword or a brace could be: all others, but for quoted ones, are passed over quickly.
   bool NextKeyword(std::string_view& token)
   {
-    const char* p = BehindBlanks(at);
-    while (p < end && *p != '*' && *p != '{' && *p != '}' && *p != '"')
-      p = BehindBlanks(BehindWord(p));
-    at = p;
-    return p < end && Next(token);
+    SkipBlanks();
+    if (at < end && !IsMark(*at))
+      at = ToMark(at);
+    return at < end && Next(token);
   }
   // Behind the end of the block that opens next.
   void SkipBlock();
@@ -124,6 +118,7 @@ private:
     const auto length = static_cast<size_t>(to - from);
     return {from, length < MAX_TOKEN ? length : MAX_TOKEN};
   }
+  static bool IsMark(char c) { return c == '*' || c == '{' || c == '}' || c == '"'; }
   void SkipWord() { at = BehindWord(at); }
   // Not by the member, which would be stored at each step: it could lie in the text, for all the compiler knows.
   const char* BehindBlanks(const char* p) const
@@ -138,6 +133,9 @@ private:
       ++p;
     return p;
   }
+  // The same for a long word.
+  const char* BehindKeyword(const char* p) const;
+  const char* ToMark(const char* p) const;
   int32_t QuotedInt();
   float SlowFloat();
 
