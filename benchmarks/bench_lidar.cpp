@@ -16,6 +16,16 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#ifdef PEER_PCL_IO
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wshadow"
+#include <pcl/io/pcd_io.h>
+#include <pcl/point_types.h>
+#pragma GCC diagnostic pop
+#endif
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -129,6 +139,32 @@ BENCHMARK(Project)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(ProjectWithBounds)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(ProjectWithTree)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
 BENCHMARK(Floor)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+
+#ifdef PEER_PCL_IO
+// The points alone: its file has no triangles.
+void PeerPcl(benchmark::State& state)
+{
+  using Cloud = pcl::PointCloud<pcl::PointXYZ>;
+  const std::string path = TheFile().Path() + ".pcd";
+  {
+    RLidar cloud;
+    Cloud points;
+    if (!cloud.LoadRLD(TheFile().Path()))
+      std::exit(1);
+    points.reserve(cloud.points.size());
+    for (const DVector3& p : cloud.points)
+      points.push_back({p.x, p.y, p.z});
+    pcl::io::savePCDFileBinary(path, points);
+  }
+  Measure(state, [&path] {
+    auto cloud = std::make_unique<Cloud>();
+    if (pcl::io::loadPCDFile(path, *cloud) != 0)
+      std::exit(1);
+    return cloud;
+  });
+}
+BENCHMARK(PeerPcl)->Name("peer PCL, points alone")->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);
+#endif
 
 } // namespace
 
